@@ -1,0 +1,320 @@
+/*
+ * zetpxl: image-processing operations on plain records.
+ *
+ * Rules common to all operations, told once. A docstring below says only what is its own.
+ *
+ * Pixels and coordinates. Pixel (x, y) is column x, row y, both from 0; integer coordinates lie on pixel
+ * centres, and nowhere is there a half-pixel shift. Row 0 is the first row in memory, whatever `origin` says:
+ * only zetPutPixel and zetTranslateDIB give `origin` a meaning. In 1U images the leftmost pixel is the most
+ * significant bit of its byte.
+ *
+ * Region. An operation works on the rectangle of the image's `roi`, cut at the right and bottom edge, or on the
+ * whole image without one. With several images the smallest width and the smallest height count, and pixel
+ * (i, j) of one region pairs with pixel (i, j) of the other; nothing is scaled. A region that lies outside its
+ * image is no failure: nothing happens and nothing is reported.
+ *
+ * Channels. `roi->coi` above 0 selects that one channel, the alpha channel included. `coi` 0, or no region,
+ * selects all channels but the alpha channel.
+ *
+ * Mask. A mask is a valid 1U image in one block. A pixel takes part if the mask's bit at the same offset of the
+ * mask's own region is 1; the mask's region also limits the size. A mask's own mask is checked and otherwise
+ * ignored.
+ *
+ * Tiles. An image with `tileInfo` hands out its pixels through the tile callback: one call before a tile is read
+ * or written, one to release it. A fetch that leaves `tileData` null has failed and gets no release. Two calls
+ * must not work at one time on images that share a tile record.
+ *
+ * Borders. `borderMode` and `borderConst` hold one word a side (top, bottom, left, right) and say what lies outside
+ * the image, for a row a b c d: constant kk|abcd|kk, replicate aa|abcd|dd, reflect ba|abcd|dc, wrap cd|abcd|ab.
+ * At a corner the top or bottom side decides, unless an operation says otherwise.
+ *
+ * Arithmetic. Integer results saturate at the limits of the depth where an operation says so; what divides or
+ * converts truncates toward zero unless an operation says otherwise. Results are the same to the bit on every
+ * processor and build.
+ *
+ * In place. Where source and destination may be one record the docstring says so. Two records whose pixels
+ * overlap at different positions are not protected.
+ *
+ * Failures. A failed check is stored as the calling thread's status, passed to its report callback with the
+ * words given here, and ends the call with nothing written. THE DEFAULTS END THE PROCESS: a new thread has mode
+ * ZET_ErrorModeLeaf and zetNulDevReport, which exits silently with code 1 at the first failure. A program that
+ * wants to see its errors calls zetRedirectError(zetStdErrReport) and zetSetErrMode(ZET_ErrorModeParent) in each
+ * thread. The status is sticky: success does not clear it, and several operations stop when they find an old
+ * negative status; clear it with zetSetErrStatus(0). "Incorrect Image" means that an image record failed its
+ * check, and the status says which field.
+ *
+ * Threads. Status, mode and report callback belong to the thread; nothing else is kept between calls. Any thread
+ * may call anything. An image must not be used by a second thread while an operation works on it.
+ */
+#ifndef ZETPXL_H
+#define ZETPXL_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define ZET_API __declspec(dllexport)
+#elif defined(__GNUC__)
+#define ZET_API __attribute__((visibility("default")))
+#else
+#define ZET_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Status and reports ------------------------------------------------------------------------------------ */
+
+/* Status codes. A failing mask gives the status of its own failure minus 100, once more for a mask's mask. */
+enum {
+    ZET_StatusOk = 0,
+    ZET_StatusBacktrace = -1, /* reported by a caller of a failed step; never replaces the stored status */
+    ZET_StatusError = -2,
+    ZET_StatusInternal = -3,
+    ZET_StatusNoMemory = -4,
+    ZET_StatusBadArgument = -5,
+    ZET_StatusUnsupported = -6,
+    ZET_StatusNoConvergence = -7,
+    ZET_StatusAutotrace = -8, /* the application's own; never replaces the stored status */
+    ZET_StatusNullImage = -9,
+    ZET_StatusBadImageSize = -10,
+    ZET_StatusBadRoiOffset = -11,
+    ZET_StatusNoImageData = -12,
+    ZET_StatusBadWidthStep = -13,
+    ZET_StatusBadColorModel = -14,
+    ZET_StatusBadChannels = -15,
+    ZET_StatusBadChannels1U = -16,
+    ZET_StatusBadDepth = -17,
+    ZET_StatusBadAlpha = -18,
+    ZET_StatusBadOrder = -19,
+    ZET_StatusBadOrigin = -20,
+    ZET_StatusBadAlign = -21,
+    ZET_StatusNoTileCallback = -22,
+    ZET_StatusBadTileSize = -23,
+    ZET_StatusBadCoi = -24,
+    ZET_StatusBadRoiSize = -25,
+    ZET_StatusMaskTiled = -26,
+    ZET_StatusNullPointer = -27,
+    ZET_StatusBadVectorLength = -28,
+    ZET_StatusBadFilter = -29,
+    ZET_StatusBadTransformKernel = -30,
+    ZET_StatusBadFilterOffset = -31
+};
+
+/* Error modes of a thread. */
+enum {
+    ZET_ErrorModeLeaf = 0,   /* a report ends the process (the box reporter asks whether to); the default */
+    ZET_ErrorModeParent = 1, /* a report is shown and the call returns to its caller */
+    ZET_ErrorModeSilent = 2  /* reports do nothing */
+};
+
+/* A report callback: status, name of the reporting operation, text of the failed condition or a fixed message,
+ * name of the reporting source without its extension, source line. Runs on the thread that failed. Its result
+ * becomes the result of zetError. */
+typedef int32_t (*ZetErrorCallback)(int32_t status, const char* funcName, const char* context, const char* fileName,
+                                    int32_t line);
+
+typedef struct ZetLibVersion {
+    int32_t major;
+    int32_t minor;
+    int32_t build;
+    const char* libraryName;
+    const char* versionText;
+    const char* buildText;
+    const char* dateText;
+    const char* toolText;
+} ZetLibVersion;
+
+/* The calling thread's stored status, 0 in a new thread. */
+ZET_API int32_t zetGetErrStatus(void);
+
+/* Stores any value as the calling thread's status, without a report. */
+ZET_API void zetSetErrStatus(int32_t status);
+
+/* The calling thread's error mode, ZET_ErrorModeLeaf in a new thread. */
+ZET_API int32_t zetGetErrMode(void);
+
+/* Stores any value as the calling thread's error mode. A value that is no mode acts as ZET_ErrorModeParent in the
+ * null and stream reporters; the box reporter then shows no box. */
+ZET_API void zetSetErrMode(int32_t mode);
+
+/* Installs a report callback for the calling thread (null: zetNulDevReport) and gives the one before. */
+ZET_API ZetErrorCallback zetRedirectError(ZetErrorCallback callback);
+
+/* The one entry of all reports. Stores `status`, unless it is -1 or -8, then calls the thread's callback with the
+ * five arguments unchanged and gives its result. Status 0 is stored and reported to nobody; the result is 0. */
+ZET_API int32_t zetError(int32_t status, const char* funcName, const char* context, const char* fileName, int32_t line);
+
+/* The text of a status, owned by the library; "Unknown error or status code" for a value without one. */
+ZET_API const char* zetErrorStr(int32_t status);
+
+/* Stock reporter: prints nothing; in ZET_ErrorModeLeaf it ends the process with exit(1). Gives `status`. */
+ZET_API int32_t zetNulDevReport(int32_t status, const char* funcName, const char* context, const char* fileName,
+                                int32_t line);
+
+/* Stock reporter: writes the report to the standard error stream; in ZET_ErrorModeLeaf it then ends the process with
+ * exit(1), in ZET_ErrorModeSilent it writes nothing. Null `funcName` prints as "<unknown>"; so does a null
+ * `fileName` with a `line` above 0. Gives `status`. */
+ZET_API int32_t zetStdErrReport(int32_t status, const char* funcName, const char* context, const char* fileName,
+                                int32_t line);
+
+/* Stock reporter: shows the report and asks whether to go on (ZET_ErrorModeParent) or to end the process
+ * (ZET_ErrorModeLeaf); other modes show nothing. Without a window system it asks on the controlling terminal if the
+ * process is in its foreground group; otherwise the text goes to the standard error stream and the answer is to go
+ * on. The text is as long as it needs to be; when memory for it cannot be had, nothing is shown. Gives `status`. */
+ZET_API int32_t zetGuiBoxReport(int32_t status, const char* funcName, const char* context, const char* fileName,
+                                int32_t line);
+
+/* The constant version record. */
+ZET_API const ZetLibVersion* zetGetLibVersion(void);
+
+/* ---- Images ------------------------------------------------------------------------------------------------ */
+
+/* Depths: the two-power bits of a sample, with the top bit set where it is signed. `depth & 0x7FFFFFFF` gives the
+ * bits of a sample. */
+#define ZET_DEPTH_SIGN 0x80000000u
+#define ZET_DEPTH_1U 1u
+#define ZET_DEPTH_8U 8u
+#define ZET_DEPTH_16U 16u
+#define ZET_DEPTH_32F 32u
+#define ZET_DEPTH_8S 0x80000008u
+#define ZET_DEPTH_16S 0x80000010u
+#define ZET_DEPTH_32S 0x80000020u
+
+/* Border sides, as flags of zetSetBorderMode; the side's index in `borderMode` is the flag's bit number. */
+enum { ZET_SIDE_TOP = 1, ZET_SIDE_BOTTOM = 2, ZET_SIDE_LEFT = 4, ZET_SIDE_RIGHT = 8 };
+
+/* Border modes; consumers look at the two lowest bits. */
+enum { ZET_BORDER_CONSTANT = 0, ZET_BORDER_REPLICATE = 1, ZET_BORDER_REFLECT = 2, ZET_BORDER_WRAP = 3 };
+
+/* Fourth argument of the tile callback. */
+enum { ZET_TILE_READ = 1, ZET_TILE_WRITE = 2, ZET_TILE_RELEASE = 4 };
+
+/* Flags of zetDeallocate. */
+enum {
+    ZET_IMAGE_HEADER = 1,
+    ZET_IMAGE_DATA = 2,
+    ZET_IMAGE_ROI = 4,
+    ZET_IMAGE_TILE = 8,
+    ZET_IMAGE_MASK = 16
+};
+
+typedef struct ZetImage ZetImage;
+
+/* Region of interest. May reach past the image's right and bottom edge. */
+typedef struct ZetROI {
+    int32_t coi;     /* 0: all channels; 1 to nChannels: that channel */
+    int32_t xOffset; /* left column, at least 0 */
+    int32_t yOffset; /* top row, at least 0 */
+    int32_t width;   /* columns, at least 1 */
+    int32_t height;  /* rows, at least 1 */
+} ZetROI;
+
+/* The tile callback puts the address of tile (xIndex, yIndex) into image->tileInfo->tileData, or null if it cannot.
+ * `image` is the application's record or, in operations that work on copies of it, such a copy with the same tile
+ * record. */
+typedef void (*ZetTileCallback)(ZetImage* image, int32_t xIndex, int32_t yIndex, int32_t mode);
+
+/* Tiles of an image. A tile holds width x height pixels in the image's depth, channels and data order, rows padded
+ * to the image's `align`, one plane after the other if planar; it is always whole, also where it reaches past the
+ * image. Tile (0, 0) starts at the image's top left corner. */
+typedef struct ZetTileInfo {
+    ZetTileCallback callBack; /* not null */
+    void* id;                 /* the application's word, never read by the library */
+    void* tileData;           /* set by the callback */
+    int32_t width;            /* a positive multiple of 8 */
+    int32_t height;           /* a positive multiple of 8 */
+} ZetTileInfo;
+
+/* Image record. Pixel (x, y), channel c (from 0), with b bytes a sample, lies at
+ *   interleaved: imageData + y * widthStep + (x * nChannels + c) * b
+ *   planar:      imageData + c * height * widthStep + y * widthStep + x * b
+ *   1U:          bit 7 - (x & 7) of the byte at imageData + y * widthStep + (x >> 3)
+ * Exactly one of imageData and tileInfo is set. */
+struct ZetImage {
+    int32_t headerSize;       /* bytes of this record */
+    int32_t headerId;         /* 0 */
+    int32_t nChannels;        /* at least 1; 1 for 1U */
+    int32_t alphaChannel;     /* 0, or nChannels: alpha is the last channel */
+    uint32_t depth;           /* ZET_DEPTH_... */
+    char colorModel[4];       /* four characters, no terminator */
+    char channelSeq[4];       /* four characters, no terminator */
+    int32_t dataOrder;        /* 0 pixel-interleaved, 1 planar */
+    int32_t origin;           /* 0 or 1; see zetPutPixel */
+    int32_t align;            /* 4, 8, 16 or 32 bytes */
+    int32_t width;            /* pixels, at least 1 */
+    int32_t height;           /* pixels, at least 1 */
+    ZetROI* roi;              /* or null */
+    ZetImage* maskImage;      /* or null */
+    void* imageTag;           /* the application's word */
+    ZetTileInfo* tileInfo;    /* or null */
+    int32_t imageSize;        /* bytes of pixel data */
+    void* imageData;          /* first byte of pixel data; null for a tiled image */
+    int32_t widthStep;        /* bytes from row to row */
+    int32_t borderMode[4];    /* ZET_BORDER_... of top, bottom, left, right */
+    int32_t borderConst[4];   /* constant of each side */
+    void* imageDataBase;      /* block behind imageData, null when the library does not own it */
+};
+
+/* Makes an image record without pixel data; all borders are constant 0. `colorModel` and `channelSeq` are texts of at
+ * least four characters. `roi`, `maskImage` and `tileInfo` may be null; only the mask is looked at. `widthStep` and
+ * `imageSize` are worked out for tiled images too, which store 2147483647 where a word does not fit.
+ * Gives null on failure: the status of the first wrong field with "Incorrect data-ins" (an untiled image whose row or
+ * data passes 2147483647 bytes: ZET_StatusBadImageSize); null without a report when memory cannot be had.
+ * Release with zetDeallocate(image, ZET_IMAGE_HEADER). A chain of masks is followed 16 deep; one more is refused as
+ * a mask of wrong depth. */
+ZET_API ZetImage* zetCreateImageHeader(int32_t nChannels, int32_t alphaChannel, uint32_t depth, const char* colorModel,
+                                       const char* channelSeq, int32_t dataOrder, int32_t origin, int32_t align,
+                                       int32_t width, int32_t height, ZetROI* roi, ZetImage* maskImage, void* imageTag,
+                                       ZetTileInfo* tileInfo);
+
+/* Gives an untiled image of integer depth its pixel data; works out widthStep and imageSize afresh. With `doFill` not 0
+ * all bytes, padding included, are filled with `fillValue`, cut to the sample's bits and not clamped (1U: its lowest
+ * bit). The record is unchanged on failure, but for imageDataBase when memory cannot be had.
+ * Refusals, ZET_StatusBadArgument: "( image == ((void *)0) )", "( image->imageData != ((void *)0) )",
+ * "( image->tileInfo != ((void *)0) )", "( image->depth == 32 )"; a wrong field: its status with "Incorrect data-ins";
+ * ZET_StatusNoMemory: "for allocate image data". */
+ZET_API void zetAllocateImage(ZetImage* image, int32_t doFill, int32_t fillValue);
+
+/* The same for depth 32F; any other depth is refused with "( image->depth != 32 )". */
+ZET_API void zetAllocateImageFP(ZetImage* image, int32_t doFill, float fillValue);
+
+/* Releases the parts named by `flags`, in the order region, mask (with its header, data, region and tile record), tile
+ * record, data, header. Region, tile record and header must be blocks of the library's allocator (zetCreateROI,
+ * zetCreateImageHeader); data is freed only if imageDataBase is set. A null image is ignored. */
+ZET_API void zetDeallocate(ZetImage* image, int32_t flags);
+
+/* Makes a region, its values unchecked; null when memory cannot be had. */
+ZET_API ZetROI* zetCreateROI(int32_t coi, int32_t xOffset, int32_t yOffset, int32_t width, int32_t height);
+
+/* Releases a region or any other block of the library's allocator. Null is ignored. */
+ZET_API void zetDeleteROI(void* roi);
+
+/* Makes a new image in one block with the same header fields, region, border words and pixels; mask, tile record and
+ * tag are left out. The pixels of a tiled image are not fetched: its clone's data is uninitialised. The copy is bounded
+ * by the smaller imageSize of the two. Gives null on failure: "Incorrect Image"; ZET_StatusNoMemory with "Not enough
+ * memory to allocate header for clone image", "... roi for clone image" or "... imageData for clone image" (the first
+ * and the last arrive behind a report of the step that failed). Release with zetDeallocate(clone, 7). */
+ZET_API ZetImage* zetCloneImage(const ZetImage* image);
+
+/* Sets border mode and constant of the sides whose flag is in `sides`. The constant is clamped to the image's depth
+ * (32S and 32F: stored as it is; 32F borders use its value as a float). `mode` is not checked; a null image is
+ * ignored. */
+ZET_API void zetSetBorderMode(ZetImage* image, int32_t mode, int32_t sides, int32_t constVal);
+
+/* ---- Pixels ------------------------------------------------------------------------------------------------ */
+
+/* Writes one pixel, all channels with alpha, at (x, y) in the image's own coordinates: with `origin` 1 row 0 is the
+ * last row in memory. Region, coi and mask are ignored. `pixel` points to nChannels samples of the image's depth, for 1U
+ * to one byte whose bit 0 counts; samples are copied as they stand.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "((x>img->width-1) || (x<0))", "((y>img->height-1) || (y<0))";
+ * a tile that cannot be had: ZET_StatusError "Error get tile to write", nothing written, no release. */
+ZET_API void zetPutPixel(ZetImage* img, int32_t x, int32_t y, const void* pixel);
+
+/* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
