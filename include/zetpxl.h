@@ -393,6 +393,24 @@ ZET_API void zetDeleteConvKernel(ZetConvKernel* kernel);
 ZET_API void zetConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel, int32_t nKernels,
                            int32_t method);
 
+/* Replaces each pixel of the region by the mean of the nCols x nRows source pixels around it: `anchorX` columns to its left
+ * and `anchorY` rows above it belong to the rectangle. All depths; the images have one depth and as many channels without
+ * alpha, or a coi each. The mean is the sum times the reciprocal of the count, which is rounded to single precision, and
+ * truncated toward zero: a constant image may come out one lower. 1U gives 1 from one half on. 32S and 32F keep column sums
+ * in single and row sums in double precision, each step rounded toward zero. Pixels outside the image follow the source's
+ * borders; those outside the region are real pixels. A pixel is written where all masks are set. Source and destination may
+ * be one record, tiled or not, with the result of a separate destination. A rectangle of 1 by 1 is zetCopy. The cost of a
+ * pixel does not depend on the rectangle's size (running sums).
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "(srcImage->depth!=dstImage->depth)"; ZET_StatusBadOrder
+ * "(srcImage->dataOrder!=dstImage->dataOrder)" unless both images have one channel; ZET_StatusBadArgument
+ * "(nRows<0||nCols<0)", "(anchorX<0||anchorY<0)", "(anchorX>=nCols||anchorY>=nRows)"; ZET_StatusBadAlpha "bad alpha
+ * channel's number" (also of a mask); ZET_StatusBadChannels "bad channel's number"; ZET_StatusNoMemory "Allocation failure"
+ * (also for a source tile that cannot be had and for a rectangle of more than 2147483647 pixels); ZET_StatusError "Error get
+ * tile to write", "Error get tile to read"; Backtrace with "" behind an inner step's report or an old negative status.
+ * After these last pieces already written stay. */
+ZET_API void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
+                     int32_t anchorY);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 #ifdef __cplusplus
