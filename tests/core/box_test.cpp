@@ -49,8 +49,9 @@ constexpr const char* kTerminate = "\n\nErrMode=ZET_ErrorModeLeaf\n\nTerminate t
 TEST_F(BoxReporter, ParentModeAsksWhetherToContinue) {
     EXPECT_EQ(zetGuiBoxReport(-5, "zetAdd", "a==b", "zetadd", 12), -5);
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].text,
-              std::string("In function zetAdd(): [file zetadd, line 12]\na==b\n\nBad argument\n(status: -5)") + kContinue);
+    EXPECT_EQ(
+        shown[0].text,
+        std::string("In function zetAdd(): [file zetadd, line 12]\na==b\n\nBad argument\n(status: -5)") + kContinue);
     EXPECT_EQ(shown[0].title, "ZET 2.5 Release");
     EXPECT_EQ(shown[0].style, 0x2011u);
     EXPECT_EQ(zetGetErrStatus(), -7);

@@ -33,8 +33,8 @@ void hammer(std::int32_t own, std::atomic<std::int32_t>& wrong) {
     for (std::int32_t i = 1; i <= 500; ++i) {
         zetError(-own - i, "f", "c", "s", 1);
         if (zetGetErrStatus() != -own - i) ++wrong;
-        ZetImage* image = zetCreateImageHeader(1, 0, ZET_DEPTH_8U, "GRAY", "G   ", 0, 0, 4, 8, 8, nullptr, nullptr,
-                                               nullptr, nullptr);
+        ZetImage* image =
+            zetCreateImageHeader(1, 0, ZET_DEPTH_8U, "GRAY", "G   ", 0, 0, 4, 8, 8, nullptr, nullptr, nullptr, nullptr);
         zetAllocateImage(image, 1, own);
         zetPutPixel(image, 9, 9, &own);
         if (zetGetErrStatus() != ZET_StatusBadArgument) ++wrong;

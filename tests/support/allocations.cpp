@@ -69,5 +69,4 @@ void __wrap_free(void* block) {
     if (block) zetpxl::test::forget(block);
     __real_free(block);
 }
-
 }

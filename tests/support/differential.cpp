@@ -58,7 +58,8 @@ bool oneCase(const CaseMaker& make, const DifferentialRules& rules, std::uint64_
     model.runModel();
     const std::string difference = differenceOfSides(library, model, rules.compare);
     EXPECT_EQ(difference, "") << "ZETPXL_SEED=" << seed << " start status " << start << " " << library.call.parameters
-                              << "\n" << images;
+                              << "\n"
+                              << images;
     return difference.empty();
 }
 
@@ -107,8 +108,10 @@ void compareWithModel(const CaseMaker& make, const DifferentialRules& rules) {
 void failEveryStep(const CaseMaker& make, std::int32_t cases) {
     for (std::int32_t i = 0; i < cases && !testing::Test::HasFailure(); ++i) {
         const auto seed = static_cast<std::uint64_t>(i);
-        for (std::int32_t n = 1; oneFailure(make, seed, n, 0) && n < 200; ++n) {}
-        for (std::int32_t n = 1; oneFailure(make, seed, 0, n) && n < 200; ++n) {}
+        for (std::int32_t n = 1; oneFailure(make, seed, n, 0) && n < 200; ++n) {
+        }
+        for (std::int32_t n = 1; oneFailure(make, seed, 0, n) && n < 200; ++n) {
+        }
     }
 }
 

@@ -11,9 +11,7 @@ std::int32_t drawSide(Random& random, std::int32_t largest) {
     return random.between(1, largest);
 }
 
-std::int32_t drawBorderConst(Random& random) {
-    return random.oneIn(3) ? random.word() : random.between(-300, 300);
-}
+std::int32_t drawBorderConst(Random& random) { return random.oneIn(3) ? random.word() : random.between(-300, 300); }
 
 void drawChannels(ImageShape& shape, Random& random) {
     shape.nChannels = 1;
@@ -30,10 +28,19 @@ void drawTiles(ImageShape& shape, Random& random) {
 void drawSpan(Random& random, std::int32_t size, std::int32_t& offset, std::int32_t& length) {
     offset = random.below(size);
     switch (random.below(6)) {
-        case 0: length = random.between(1, size * 2); break;   // may hang over
-        case 1: length = 1; break;
-        case 2: offset = 0; length = size + random.below(3); break;
-        default: length = random.between(1, size - offset); break;
+        case 0:
+            length = random.between(1, size * 2);
+            break;  // may hang over
+        case 1:
+            length = 1;
+            break;
+        case 2:
+            offset = 0;
+            length = size + random.below(3);
+            break;
+        default:
+            length = random.between(1, size - offset);
+            break;
     }
 }
 
@@ -112,7 +119,8 @@ TestImage& addMask(Scene& scene, const std::string& name, std::int32_t width, st
 
 void maybeMask(Scene& scene, TestImage& image, Random& random, const DrawRules& rules) {
     if (!rules.masks || !random.oneIn(3)) return;
-    const std::int32_t width = image.shape.roi ? std::min(image.shape.roi->width, image.shape.width) : image.shape.width;
+    const std::int32_t width =
+        image.shape.roi ? std::min(image.shape.roi->width, image.shape.width) : image.shape.width;
     image.setMask(&addMask(scene, "mask of " + image.name, width, image.shape.height, random));
 }
 

@@ -13,8 +13,8 @@ bool oneOf(std::int64_t value, std::initializer_list<std::int64_t> values) {
 }
 
 bool knownDepth(std::uint32_t depth) {
-    return oneOf(depth, {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8S, ZET_DEPTH_16U, ZET_DEPTH_16S, ZET_DEPTH_32S,
-                         ZET_DEPTH_32F});
+    return oneOf(
+        depth, {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8S, ZET_DEPTH_16U, ZET_DEPTH_16S, ZET_DEPTH_32S, ZET_DEPTH_32F});
 }
 
 // A chain of masks is followed 16 deep.

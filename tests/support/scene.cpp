@@ -10,14 +10,22 @@ using Access = GuardedBuffer::Access;
 
 const char* depthName(std::uint32_t depth) {
     switch (depth) {
-        case ZET_DEPTH_1U: return "1U";
-        case ZET_DEPTH_8U: return "8U";
-        case ZET_DEPTH_8S: return "8S";
-        case ZET_DEPTH_16U: return "16U";
-        case ZET_DEPTH_16S: return "16S";
-        case ZET_DEPTH_32S: return "32S";
-        case ZET_DEPTH_32F: return "32F";
-        default: return "?";
+        case ZET_DEPTH_1U:
+            return "1U";
+        case ZET_DEPTH_8U:
+            return "8U";
+        case ZET_DEPTH_8S:
+            return "8S";
+        case ZET_DEPTH_16U:
+            return "16U";
+        case ZET_DEPTH_16S:
+            return "16S";
+        case ZET_DEPTH_32S:
+            return "32S";
+        case ZET_DEPTH_32F:
+            return "32F";
+        default:
+            return "?";
     }
 }
 
@@ -76,8 +84,8 @@ std::uint32_t drawSample(std::uint32_t depth, Random& random, Values values) {
         return bits;
     }
     if (values == Values::kExtreme && random.oneIn(2))
-        return random.pick({0u, 1u, 0xFFFFFFFFu, 0x7F7F7F7Fu, 0x80808080u, 0x7FFF7FFFu, 0x80008000u, 0x7FFFFFFFu,
-                            0x80000000u});
+        return random.pick(
+            {0u, 1u, 0xFFFFFFFFu, 0x7F7F7F7Fu, 0x80808080u, 0x7FFF7FFFu, 0x80008000u, 0x7FFFFFFFu, 0x80000000u});
     return values == Values::kSmall ? static_cast<std::uint32_t>(random.below(32)) : random.next() >> 20;
 }
 

@@ -24,7 +24,7 @@ struct ImageShape {
     std::int32_t align = 4;
     std::int32_t width = 1;
     std::int32_t height = 1;
-    std::optional<ZetROI> roi;
+    std::optional<ZetROI> roi{};
     std::int32_t tileWidth = 0;  // 0: one block
     std::int32_t tileHeight = 0;
     std::int32_t extraStep = 0;  // multiples of `align` by which a row is longer than it needs to be
