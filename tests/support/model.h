@@ -45,7 +45,6 @@ std::int32_t coiOf(const ZetImage& image);
 std::uint32_t getSample(const ZetImage& image, std::int32_t channel, std::int32_t y, std::int32_t x);
 void putSample(const ZetImage& image, std::int32_t channel, std::int32_t y, std::int32_t x, std::uint32_t pattern);
 
-
 // The byte that holds a sample, without a look at the library's address arithmetic.
 std::uint8_t* sampleByte(const ZetImage& image, std::int32_t channel, std::int32_t y, std::int32_t x);
 

@@ -133,8 +133,13 @@ struct View {
 View blockView(const ZetImage& image, bool asRegion, const Area& part) {
     const bool covered = part.x == 0 && part.y == 0 && part.width >= image.width && part.height >= image.height;
     const bool whole = asRegion ? covered && image.nChannels == 1 && coiOf(image) > 0 : true;
-    return {static_cast<std::uint8_t*>(image.imageData), image.width, image.height, image.widthStep, image.imageSize,
-            image.align, whole};
+    return {static_cast<std::uint8_t*>(image.imageData),
+            image.width,
+            image.height,
+            image.widthStep,
+            image.imageSize,
+            image.align,
+            whole};
 }
 
 View tileView(const ZetImage& image, const Area& part) {
@@ -143,8 +148,13 @@ View tileView(const ZetImage& image, const Area& part) {
     const bool covered = part.x % tiles.width == 0 && part.y % tiles.height == 0 && part.width >= tiles.width &&
                          part.height >= tiles.height;
     auto* data = static_cast<TestImage*>(tiles.id)->tileAt(part.x / tiles.width, part.y / tiles.height)->data();
-    return {data, tiles.width, tiles.height, step, step * tiles.height * (image.dataOrder == 1 ? image.nChannels : 1),
-            image.align, covered && image.nChannels == 1 && coiOf(image) > 0};
+    return {data,
+            tiles.width,
+            tiles.height,
+            step,
+            step * tiles.height * (image.dataOrder == 1 ? image.nChannels : 1),
+            image.align,
+            covered && image.nChannels == 1 && coiOf(image) > 0};
 }
 
 bool sameBlock(const std::vector<View>& views, bool hasAlpha) {
