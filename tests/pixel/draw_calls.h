@@ -24,8 +24,28 @@ struct Operands {
     TestImage* dst;
 };
 
+// One channel, chosen by the region, and every pixel: what may be taken as one run of bytes, padding included. In tiles
+// that holds for each tile that is wholly covered.
+inline TestImage& addFlatOperand(Scene& scene, const char* name, const ImageShape& first, Random& random) {
+    ImageShape shape = first;
+    if (random.oneIn(3)) shape.tileWidth = shape.tileHeight = 0;
+    shape.roi = ZetROI{1, 0, 0, shape.width + random.below(2), shape.height};
+    return scene.add(name, shape, random, drawValues(random));
+}
+
+inline Operands drawFlatOperands(Scene& scene, Random& random) {
+    ImageShape first = drawShape(random);
+    first.nChannels = 1;
+    first.alphaChannel = 0;
+    TestImage& a = addFlatOperand(scene, "a", first, random);
+    TestImage& b = addFlatOperand(scene, "b", first, random);
+    TestImage& dst = addFlatOperand(scene, "dst", first, random);
+    return {random.oneIn(3) ? &dst : &a, random.oneIn(3) ? &dst : &b, &dst};
+}
+
 // Any two, or all three, may be one record.
 inline Operands drawOperands(Scene& scene, Random& random) {
+    if (random.oneIn(12)) return drawFlatOperands(scene, random);
     const ImageShape first = drawShape(random);
     TestImage& a = addOperand(scene, "a", first, random);
     TestImage& b = addOperand(scene, "b", first, random);

@@ -26,7 +26,6 @@ struct Point {
     ZetImage* dst;
     Element element;
     bool integersOnly;
-    bool flatTiles;  // does a tile that is processed as a whole count as one run?
 
     JoinedMask mask{};
     bool hasAlpha = false;
@@ -205,7 +204,7 @@ Area moved(const ZetImage& image, const Area& part) {
 }
 
 bool runTileFlat(const Point& op, const Area& part) {
-    if (!op.flatTiles || op.mask.inForce()) return false;
+    if (op.mask.inForce()) return false;
     std::vector<View> views;
     const auto add = [&](const ZetImage& image) {
         const Area own = moved(image, part);
@@ -346,17 +345,17 @@ JoinedMask modelJoinMasks(const std::vector<const ZetImage*>& masks) {
 void modelAdd(Model& model, ZetImage* a, ZetImage* b, ZetImage* dst) {
     if (!a) return model.report(ZET_StatusBadArgument, "zetAdd", "srcImageA==0", "zetadd");
     if (a->depth == ZET_DEPTH_1U) return modelOr(model, a, b, dst);
-    run(model, {"zetAdd", "zetadd", twoSources(a, b), dst, &addElements, false, true});
+    run(model, {"zetAdd", "zetadd", twoSources(a, b), dst, &addElements, false});
 }
 
 void modelOr(Model& model, ZetImage* a, ZetImage* b, ZetImage* dst) {
     const auto element = [](std::uint32_t, std::uint32_t l, std::uint32_t r) { return l | r; };
-    run(model, {"zetOr", "zetor", twoSources(a, b), dst, element, true, true});
+    run(model, {"zetOr", "zetor", twoSources(a, b), dst, element, true});
 }
 
 void modelAnd(Model& model, ZetImage* a, ZetImage* b, ZetImage* dst) {
     const auto element = [](std::uint32_t, std::uint32_t l, std::uint32_t r) { return l & r; };
-    run(model, {"zetAnd", "zetand", twoSources(a, b), dst, element, true, true});
+    run(model, {"zetAnd", "zetand", twoSources(a, b), dst, element, true});
 }
 
 void modelXorS(Model& model, ZetImage* src, ZetImage* dst, std::int32_t value) {
@@ -364,7 +363,7 @@ void modelXorS(Model& model, ZetImage* src, ZetImage* dst, std::int32_t value) {
     const auto element = [pattern](std::uint32_t depth, std::uint32_t l, std::uint32_t) {
         return l ^ (depth == ZET_DEPTH_1U ? (pattern & 1u ? 0xFFFFFFFFu : 0u) : pattern);
     };
-    run(model, {"zetXorS", "zetxors", oneSource(src), dst, element, true, false});
+    run(model, {"zetXorS", "zetxors", oneSource(src), dst, element, true});
 }
 
 }  // namespace zetpxl::test
