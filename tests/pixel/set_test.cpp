@@ -41,7 +41,7 @@ TEST(Set, AgreesWithTheModel) { compareWithModel(&drawSet); }
 TEST(Set, FloatsAgreeWithTheModel) { compareWithModel(&drawSetFP, {.compare = {}, .share = 50}); }
 TEST(Set, FailsCleanlyAtEveryStep) {
     failEveryStep(&drawSet);
-    failEveryStep(&drawSetFP, 60);
+    failEveryStep(&drawSetFP, {.cases = 60});
 }
 
 TEST(Set, RefusesTheFirstFault) {
