@@ -1,6 +1,8 @@
 // The image check that every operation runs first, and row arithmetic.
 #pragma once
 
+#include <cstdint>
+
 #include "zetpxl.h"
 
 namespace zetpxl {

@@ -38,12 +38,18 @@ constexpr std::int32_t sizeIndex(std::uint32_t depth) {
 // Limits of integer samples; 32-bit depths take any value.
 constexpr std::int32_t clampToDepth(std::uint32_t depth, std::int32_t value) {
     switch (depth) {
-        case ZET_DEPTH_1U: return std::clamp(value, 0, 1);
-        case ZET_DEPTH_8U: return std::clamp(value, 0, 255);
-        case ZET_DEPTH_8S: return std::clamp(value, -128, 127);
-        case ZET_DEPTH_16U: return std::clamp(value, 0, 65535);
-        case ZET_DEPTH_16S: return std::clamp(value, -32768, 32767);
-        default: return value;
+        case ZET_DEPTH_1U:
+            return std::clamp(value, 0, 1);
+        case ZET_DEPTH_8U:
+            return std::clamp(value, 0, 255);
+        case ZET_DEPTH_8S:
+            return std::clamp(value, -128, 127);
+        case ZET_DEPTH_16U:
+            return std::clamp(value, 0, 65535);
+        case ZET_DEPTH_16S:
+            return std::clamp(value, -32768, 32767);
+        default:
+            return value;
     }
 }
 static_assert(clampToDepth(ZET_DEPTH_8U, 300) == 255 && clampToDepth(ZET_DEPTH_8S, -200) == -128);

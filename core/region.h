@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "zetpxl.h"
 
@@ -22,10 +23,10 @@ struct ZetRoiLayout {
     std::uint8_t* data;
     std::ptrdiff_t rowStep;
     std::ptrdiff_t planeStep;
-    std::int32_t nProc;        // channels to process
-    std::int32_t nChannels;    // channels in the image
-    std::int32_t firstChannel; // zero-based
-    std::int32_t bitOffset;    // 1U: the region's x offset
+    std::int32_t nProc;         // channels to process
+    std::int32_t nChannels;     // channels in the image
+    std::int32_t firstChannel;  // zero-based
+    std::int32_t bitOffset;     // 1U: the region's x offset
 };
 
 // Size of the region, cut to the image with `clip`. These give 0 for an empty region, else 1.

@@ -1,6 +1,8 @@
 // How operations report failures.
 #pragma once
 
+#include <cstdint>
+
 #include <source_location>
 
 #include "zetpxl.h"

@@ -1,6 +1,8 @@
 // The calling thread's error record.
 #pragma once
 
+#include <cstdint>
+
 #include "zetpxl.h"
 
 namespace zetpxl {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "zetpxl.h"
 
@@ -14,11 +15,11 @@ void ownTileGrid(const ZetImage* image, std::int32_t height, std::int32_t width,
 
 // One direction of a walk over a grid.
 struct TileBands {
-    std::int32_t start;    // offset of the region in its first tile
+    std::int32_t start;  // offset of the region in its first tile
     std::int32_t tileSize;
-    std::int32_t first;    // index of the first tile
+    std::int32_t first;  // index of the first tile
     std::int32_t count;
-    std::int32_t size;     // of the region
+    std::int32_t size;  // of the region
 
     // Size of band `i` (from 0), its distance from the region's start and its offset in its tile.
     std::int32_t bandSize(std::int32_t i) const;

@@ -191,13 +191,7 @@ enum { ZET_BORDER_CONSTANT = 0, ZET_BORDER_REPLICATE = 1, ZET_BORDER_REFLECT = 2
 enum { ZET_TILE_READ = 1, ZET_TILE_WRITE = 2, ZET_TILE_RELEASE = 4 };
 
 /* Flags of zetDeallocate. */
-enum {
-    ZET_IMAGE_HEADER = 1,
-    ZET_IMAGE_DATA = 2,
-    ZET_IMAGE_ROI = 4,
-    ZET_IMAGE_TILE = 8,
-    ZET_IMAGE_MASK = 16
-};
+enum { ZET_IMAGE_HEADER = 1, ZET_IMAGE_DATA = 2, ZET_IMAGE_ROI = 4, ZET_IMAGE_TILE = 8, ZET_IMAGE_MASK = 16 };
 
 typedef struct ZetImage ZetImage;
 
@@ -232,28 +226,28 @@ typedef struct ZetTileInfo {
  *   1U:          bit 7 - (x & 7) of the byte at imageData + y * widthStep + (x >> 3)
  * Exactly one of imageData and tileInfo is set. */
 struct ZetImage {
-    int32_t headerSize;       /* bytes of this record */
-    int32_t headerId;         /* 0 */
-    int32_t nChannels;        /* at least 1; 1 for 1U */
-    int32_t alphaChannel;     /* 0, or nChannels: alpha is the last channel */
-    uint32_t depth;           /* ZET_DEPTH_... */
-    char colorModel[4];       /* four characters, no terminator */
-    char channelSeq[4];       /* four characters, no terminator */
-    int32_t dataOrder;        /* 0 pixel-interleaved, 1 planar */
-    int32_t origin;           /* 0 or 1; see zetPutPixel */
-    int32_t align;            /* 4, 8, 16 or 32 bytes */
-    int32_t width;            /* pixels, at least 1 */
-    int32_t height;           /* pixels, at least 1 */
-    ZetROI* roi;              /* or null */
-    ZetImage* maskImage;      /* or null */
-    void* imageTag;           /* the application's word */
-    ZetTileInfo* tileInfo;    /* or null */
-    int32_t imageSize;        /* bytes of pixel data */
-    void* imageData;          /* first byte of pixel data; null for a tiled image */
-    int32_t widthStep;        /* bytes from row to row */
-    int32_t borderMode[4];    /* ZET_BORDER_... of top, bottom, left, right */
-    int32_t borderConst[4];   /* constant of each side */
-    void* imageDataBase;      /* block behind imageData, null when the library does not own it */
+    int32_t headerSize;     /* bytes of this record */
+    int32_t headerId;       /* 0 */
+    int32_t nChannels;      /* at least 1; 1 for 1U */
+    int32_t alphaChannel;   /* 0, or nChannels: alpha is the last channel */
+    uint32_t depth;         /* ZET_DEPTH_... */
+    char colorModel[4];     /* four characters, no terminator */
+    char channelSeq[4];     /* four characters, no terminator */
+    int32_t dataOrder;      /* 0 pixel-interleaved, 1 planar */
+    int32_t origin;         /* 0 or 1; see zetPutPixel */
+    int32_t align;          /* 4, 8, 16 or 32 bytes */
+    int32_t width;          /* pixels, at least 1 */
+    int32_t height;         /* pixels, at least 1 */
+    ZetROI* roi;            /* or null */
+    ZetImage* maskImage;    /* or null */
+    void* imageTag;         /* the application's word */
+    ZetTileInfo* tileInfo;  /* or null */
+    int32_t imageSize;      /* bytes of pixel data */
+    void* imageData;        /* first byte of pixel data; null for a tiled image */
+    int32_t widthStep;      /* bytes from row to row */
+    int32_t borderMode[4];  /* ZET_BORDER_... of top, bottom, left, right */
+    int32_t borderConst[4]; /* constant of each side */
+    void* imageDataBase;    /* block behind imageData, null when the library does not own it */
 };
 
 /* Makes an image record without pixel data; all borders are constant 0. `colorModel` and `channelSeq` are texts of at

@@ -1,6 +1,8 @@
 // Bitwise point operations on images of any integer depth: what masks on 1U images come down to.
 #pragma once
 
+#include <cstdint>
+
 #include "zetpxl.h"
 
 namespace zetpxl {
