@@ -57,7 +57,7 @@ class Translation {
   private:
     const std::vector<std::uint8_t>& dib_;
     DibOutcome out_;
-    std::vector<std::vector<std::uint8_t>> rle_; // pixel indices of decoded rows
+    std::vector<std::vector<std::uint8_t>> rle_;  // pixel indices of decoded rows
     std::uint32_t size_ = 0, compression_ = 0, sizeImage_ = 0, used_ = 0;
     std::int32_t width_ = 0, height_ = 0;
     std::uint32_t planes_ = 0, bits_ = 0;
@@ -131,21 +131,38 @@ class Translation {
 
     void describe(bool clone, int channels, int alpha, std::uint32_t depth, const char* model, const char* sequence) {
         out_.cloneData = clone ? 1 : 0;
-        out_.image = {channels, alpha, depth, model, sequence, clone ? 1 : 0, height_ >= 0 ? 1 : 0, clone ? 32 : 4,
-                      width_, static_cast<std::int32_t>(rows_), 0, 0};
+        out_.image = {channels,
+                      alpha,
+                      depth,
+                      model,
+                      sequence,
+                      clone ? 1 : 0,
+                      height_ >= 0 ? 1 : 0,
+                      clone ? 32 : 4,
+                      width_,
+                      static_cast<std::int32_t>(rows_),
+                      0,
+                      0};
     }
 
     // False for a bit count without an image.
     bool chooseImage() {
         const bool table = bits_ == 1 || bits_ == 4 || bits_ == 8;
         const bool grey = table && greyTable();
-        if (bits_ == 1 && grey) describe(false, 1, 0, ZET_DEPTH_1U, "GRAY", "G");
-        else if (bits_ == 4 && grey) describe(true, 1, 0, ZET_DEPTH_8U, "GRAY", "G");
-        else if (bits_ == 8 && grey) describe(compression_ == 1, 1, 0, ZET_DEPTH_8U, "GRAY", "G");
-        else if (table || bits_ == 16) describe(true, 3, 0, ZET_DEPTH_8U, "RGB", "BGR");
-        else if (bits_ == 24) describe(false, 3, 0, ZET_DEPTH_8U, "RGB", "BGR");
-        else if (bits_ == 32) describe(compression_ == 3, 4, 4, ZET_DEPTH_8U, "RGBA", "BGRA");
-        else return false;
+        if (bits_ == 1 && grey)
+            describe(false, 1, 0, ZET_DEPTH_1U, "GRAY", "G");
+        else if (bits_ == 4 && grey)
+            describe(true, 1, 0, ZET_DEPTH_8U, "GRAY", "G");
+        else if (bits_ == 8 && grey)
+            describe(compression_ == 1, 1, 0, ZET_DEPTH_8U, "GRAY", "G");
+        else if (table || bits_ == 16)
+            describe(true, 3, 0, ZET_DEPTH_8U, "RGB", "BGR");
+        else if (bits_ == 24)
+            describe(false, 3, 0, ZET_DEPTH_8U, "RGB", "BGR");
+        else if (bits_ == 32)
+            describe(compression_ == 3, 4, 4, ZET_DEPTH_8U, "RGBA", "BGRA");
+        else
+            return false;
         return true;
     }
 
@@ -198,11 +215,16 @@ class Translation {
         const std::size_t row = 40 + 4 * std::size_t{colors()} + static_cast<std::size_t>(y * dibRow());
         const auto column = static_cast<std::size_t>(x);
         switch (bits_) {
-            case 1: return tableEntry(byte(row + column / 8) >> (7 - column % 8) & 1u);
-            case 4: return tableEntry(column % 2 == 0 ? byte(row + column / 2) >> 4 : byte(row + column / 2) & 15u);
-            case 8: return tableEntry(byte(row + column));
-            case 16: return readFields(half(row + 2 * column), 0xFFFFu);
-            default: return readFields(word(row + 4 * column), 0xFFFFFFFFu);
+            case 1:
+                return tableEntry(byte(row + column / 8) >> (7 - column % 8) & 1u);
+            case 4:
+                return tableEntry(column % 2 == 0 ? byte(row + column / 2) >> 4 : byte(row + column / 2) & 15u);
+            case 8:
+                return tableEntry(byte(row + column));
+            case 16:
+                return readFields(half(row + 2 * column), 0xFFFFu);
+            default:
+                return readFields(word(row + 4 * column), 0xFFFFFFFFu);
         }
     }
 

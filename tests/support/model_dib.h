@@ -43,7 +43,7 @@ struct DibOutcome {
     std::vector<std::uint8_t> pixels;  // channel by channel, row by row in memory order, without padding
     std::vector<DibReport> reports;
     std::int32_t status = 0;
-    std::size_t bytesRead = 0; // one past the last byte of the DIB that was needed
+    std::size_t bytesRead = 0;  // one past the last byte of the DIB that was needed
 };
 
 DibOutcome translateDib(const std::vector<std::uint8_t>& dib, std::int32_t cloneData, std::int32_t status);
