@@ -199,6 +199,7 @@ class Translation {
     void convert() {
         if (out_.status < 0) return;
         const bool coded = compression_ == 1 || compression_ == 2;
+        if (bits_ <= 8) out_.bytesRead = std::max(out_.bytesRead, 40 + 4 * std::size_t{colors()});
         if (coded && !decode()) {
             return report(ZET_StatusInternal, kConvert, "Impossible to decompress RLE DIB", "zetDIB");
         }
