@@ -44,7 +44,14 @@ void appendMasks(std::vector<std::uint8_t>& bytes, Random& random) {
     static constexpr std::uint32_t kUsual[][3] = {
         {0xF800, 0x07E0, 0x001F}, {0x7C00, 0x03E0, 0x001F}, {0xFF0000, 0xFF00, 0xFF}, {0xFF, 0xFF00, 0xFF0000}};
     const std::int32_t usual = random.below(8);
-    for (std::size_t i = 0; i < 3; ++i) appendWord(bytes, usual < 4 ? kUsual[usual][i] : drawMask(random));
+    if (usual < 4) {
+        for (const std::uint32_t mask : kUsual[usual]) appendWord(bytes, mask);
+        return;
+    }
+    // Fields that begin at the same bit decide by colour where alpha begins.
+    const std::uint32_t common = random.oneIn(3) ? 1u << random.below(32) : 0;
+    for (std::size_t i = 0; i < 3; ++i)
+        appendWord(bytes, common != 0 ? common * random.pick({1u, 3u, 7u, 15u}) : drawMask(random));
 }
 
 // A sound stream: rows filled by runs and absolute runs, now and then left by a delta.
