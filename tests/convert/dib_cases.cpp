@@ -129,6 +129,7 @@ void drawSound(DibFields& fields, Random& random) {
     if (!coded) fields.sizeImage = static_cast<std::uint32_t>(random.word());
     const std::int32_t most = fields.bitCount <= 8 ? 1 << fields.bitCount : 300;
     if (random.oneIn(3)) fields.colorsUsed = static_cast<std::uint32_t>(random.between(1, most));
+    if (fields.bitCount == 1 && random.oneIn(4)) fields.colorsUsed = random.pick<std::uint32_t>({1, 3, 5});
     if (random.oneIn(20)) fields.colorsUsed = random.pick<std::uint32_t>({1, 2, 3, 16, 256, 300, 0x8000});
 }
 
