@@ -2,7 +2,9 @@
 //   region.1 a region is cut at the image's right and bottom edge; one wholly outside is empty and no failure
 //   region.2 where regions differ in size, the smaller width and the smaller height count
 //   region.3 coi 0 means all channels but an alpha channel, coi above 0 that channel, alpha included
-//   region.4 sums of offset and size are formed in 64 bits: both may be as large as a word holds
+//   region.4 one flat run also asks for equal row steps: rows that a record lays out by a step of its own would be paired
+//            wrongly
+//   region.5 sums of offset and size are formed in 64 bits: both may be as large as a word holds
 #include "core/region.h"
 
 #include <algorithm>
@@ -78,7 +80,8 @@ bool coversWholeImage(const ZetImage* image) {
 }
 
 bool haveSameLayout(const ZetImage* a, const ZetImage* b) {
-    return a->imageSize == b->imageSize && a->height == b->height && a->width == b->width && a->align == b->align;
+    return a->imageSize == b->imageSize && a->height == b->height && a->width == b->width && a->align == b->align &&
+           a->widthStep == b->widthStep;
 }
 
 }  // namespace

@@ -305,6 +305,44 @@ ZET_API void zetSetBorderMode(ZetImage* image, int32_t mode, int32_t sides, int3
  * a tile that cannot be had: ZET_StatusError "Error get tile to write", nothing written, no release. */
 ZET_API void zetPutPixel(ZetImage* img, int32_t x, int32_t y, const void* pixel);
 
+/* Fills the region of an image of any depth but 32F. `fillValue` is clamped to the depth: 1U 0..1, 8U 0..255, 8S
+ * -128..127, 16U 0..65535, 16S -32768..32767. A 1U image under a mask inverts the mask's bits and restores them during
+ * the call, so that mask must not be shared with another thread meanwhile; an old negative status then gives a Backtrace
+ * report with "" behind the work.
+ * Refusals: "Incorrect Image"; ZET_StatusBadDepth "You should use zetSetFP for this image"; a tile that cannot be had:
+ * ZET_StatusError "Error get tile to write", tiles before it stay written. */
+ZET_API void zetSet(ZetImage* dstImage, int32_t fillValue);
+
+/* Fills the region of a 32F image with the bit pattern of `fillValue`; the image's depth is changed for the time of the
+ * call. Refusals: ZET_StatusBadArgument "dstImage==0"; ZET_StatusBadDepth "You should use zetSet for this image"; those
+ * of zetSet, in its name, followed by a Backtrace report, which an old negative status gives too. */
+ZET_API void zetSetFP(ZetImage* dstImage, float fillValue);
+
+/* Copies the region of one image into the region of another of the same depth, by bit pattern. The images need not have
+ * the same channels but as many selected ones, taken in order. With masks on both images the AND of both counts, each
+ * from its own region. Tiles are walked in the destination's grid, or in the source's if only that is tiled. Fields
+ * `maskImage` of both records and of the mask change during a 1U copy under a mask, so all must be writable. Records that
+ * share overlapping pixels get no guarantee. One record as source and destination is left alone.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "srcImage->depth != dstImage->depth", "srcImage->origin !=
+ * dstImage->origin", "srcImage->dataOrder != dstImage->dataOrder" (1U and one-channel images excepted), each reported, then
+ * the call ends; an old negative status ends it without a report; ZET_StatusBadArgument "Number of processed channels of
+ * srcImage != Number of processed channels of dstImage"; ZET_StatusError "Error get tile to read", "Error get tile to
+ * write" (tiles before it stay copied); Backtrace with "" behind a failed step's own report. */
+ZET_API void zetCopy(ZetImage* srcImage, ZetImage* dstImage);
+
+/* Adds the regions of two images of one depth, data order and number of selected channels into a third, element by
+ * element. 8U, 8S, 16U, 16S and 32S saturate; 32F is rounded once and has no limit; 1U is OR, which then reports as
+ * zetOr and asks for no data order. Any of the three may be one record. A pixel takes part if the bits of all masks of
+ * the three images are set. Tiled images of any tile sizes are walked in lock step, at most one tile of each held at
+ * a time; a source that is the destination's record is asked for once, for writing; after a failed fetch the tiles then
+ * held are not released and rectangles already processed stay. Whole images of one layout are processed with the padding
+ * of their rows.
+ * Refusals, ZET_StatusBadArgument: "srcImageA==0"; "(srcImageA->depth != dstImage->depth)" and so for B;
+ * "(srcImageA->dataOrder != dstImage->dataOrder)" and so for B; "(nChSrcA != nChDst)" and so for B; a failed fetch:
+ * "(srcImageA->tileInfo->tileData == 0)" and so for B and dstImage. "Incorrect Image". ZET_StatusNoMemory: "Out of
+ * memory", when the masks cannot be joined. */
+ZET_API void zetAdd(ZetImage* srcImageA, ZetImage* srcImageB, ZetImage* dstImage);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is

@@ -11,4 +11,7 @@ namespace zetpxl {
 void ownCopyBits(const std::uint8_t* source, std::uint8_t* destination, std::ptrdiff_t sourceBit,
                  std::ptrdiff_t destinationBit, std::ptrdiff_t length);
 
+// Sets or clears `length` bits; no other bit changes.
+void fillBits(std::uint8_t* destination, std::ptrdiff_t bit, std::ptrdiff_t length, bool value);
+
 }  // namespace zetpxl
