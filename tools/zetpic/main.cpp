@@ -18,6 +18,7 @@ int printHelp() {
     std::printf(
         "\n'zetpic COMMAND --help' tells more; 'zetpic --version' names the library.\n"
         "exit codes: 0 done, 1 failed, 2 wrong use\n");
+    return kOk;
 }
 
 int printCommandHelp(const Command& command) {
