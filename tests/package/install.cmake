@@ -12,7 +12,7 @@ function(expect_greeting)
   endif()
 endfunction()
 
-run(${CMAKE_COMMAND} -S ${consumer} -B ${WORK_DIR}/consumer -DCMAKE_PREFIX_PATH=${prefix}
+run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${consumer} -B ${WORK_DIR}/consumer -DCMAKE_PREFIX_PATH=${prefix}
     -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
     -DCMAKE_C_FLAGS=${C_FLAGS} -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
