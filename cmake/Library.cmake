@@ -42,8 +42,11 @@ function(zetpxl_add_shared name level folder)
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib/${folder}
     LINK_DEPENDS ${ZETPXL_VERSION_SCRIPT})
-  target_link_options(${name} PRIVATE -Wl,--version-script=${ZETPXL_VERSION_SCRIPT} -Wl,--no-undefined
-    -Wl,--gc-sections)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${ZETPXL_VERSION_SCRIPT} -Wl,--gc-sections)
+  # A sanitizer's runtime comes with the program.
+  if(NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
 endfunction()
 
 zetpxl_add_shared(zetpxl "" "")

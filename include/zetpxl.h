@@ -413,6 +413,75 @@ ZET_API void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int3
 
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
+/* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is
+ * used; a program that brings its own defines ZETPXL_NO_BITMAPINFOHEADER before it includes this header. */
+typedef struct tagBITMAPINFOHEADER BITMAPINFOHEADER;
+#if !defined(_WIN32) && !defined(ZETPXL_NO_BITMAPINFOHEADER)
+struct tagBITMAPINFOHEADER {
+    uint32_t biSize;        /* 40 */
+    int32_t biWidth;        /* pixels, at least 1 */
+    int32_t biHeight;       /* rows: positive, stored bottom to top; negative, stored top to bottom */
+    uint16_t biPlanes;      /* 1 */
+    uint16_t biBitCount;    /* 1, 4, 8, 16, 24 or 32 */
+    uint32_t biCompression; /* 0 BI_RGB, 1 BI_RLE8, 2 BI_RLE4, 3 BI_BITFIELDS */
+    uint32_t biSizeImage;   /* read for RLE only: bytes of the stream, 0 where not known */
+    int32_t biXPelsPerMeter;
+    int32_t biYPelsPerMeter;
+    uint32_t biClrUsed; /* entries of the colour table; 0 is the default of the bit count */
+    uint32_t biClrImportant;
+};
+#endif
+
+/* Turns a DIB in memory (header; colour table of 4-byte entries blue, green, red, reserved, or the three masks red,
+ * green, blue of BI_BITFIELDS; rows of a multiple of 4 bytes) into an image. The DIB may lie at any address.
+ *
+ *   bits  condition                  *cloneData  image
+ *   1     grey table                 0           1U, "GRAY" "G"
+ *   4     grey table                 1           8U, "GRAY" "G"
+ *   8     grey table, not BI_RLE8    0           8U, "GRAY" "G", the indices as they are
+ *   8     grey table, BI_RLE8        1           8U, "GRAY" "G"
+ *   1, 4, 8  other table             1           8U, "RGB" "BGR"
+ *   16                               1           8U, "RGB" "BGR"
+ *   24                               0           8U, "RGB" "BGR"
+ *   32    BI_BITFIELDS               1           8U, "RGBA" "BGRA", alphaChannel 4
+ *   32    other                      0           8U, "RGBA" "BGRA", alphaChannel 4, the reserved byte as alpha
+ *
+ * With *cloneData 0 the image is interleaved, `align` 4, and its imageData points into the DIB, which must outlive it
+ * and is written by whoever writes the image. With *cloneData 1 it is planar, `align` 32, and owns its data. Rows keep
+ * their order in memory; `origin` is 1 for rows stored bottom to top, else 0. Release either with
+ * zetDeallocate(image, ZET_IMAGE_HEADER | ZET_IMAGE_DATA), which leaves the DIB alone.
+ *
+ * A grey table has at least two entries, in each red, green and blue alike and equal to i * 255 / (entries - 1); a table
+ * of one entry is never grey. Converted grey is (54 red + 183 green + 18 blue) >> 8: white becomes 254. Fields of 16 and
+ * 32 bits are shifted to 8 bits, their low bits not filled: 31 of 5 bits becomes 248. A field is the run of set bits from
+ * the lowest one of its mask; a mask of 0 gives the value 0. Alpha of BI_BITFIELDS is what lies above the topmost field,
+ * or the whole word's top 8 bits where nothing does.
+ *
+ * A DIB may come from anywhere. Its length is not known here, so the caller answers for header, table and rows being
+ * there; everything else is checked. A palette index behind the table gives black. An RLE stream must end with its
+ * end-of-bitmap command; biSizeImage, where it is not 0, bounds it. Pixels that a delta passes over are index 0. Sizes
+ * that overflow are refused before anything is allocated.
+ *
+ * Refusals, in this order, ZET_StatusBadArgument and null: "( dib == 0 )", "( cloneData == 0 )",
+ * "( dib->biSize != sizeof(BITMAPINFOHEADER) )", "(dib->biPlanes != 1)", a biCompression above 3
+ * "(dib->biCompression != 0) && (dib->biCompression != 1) && (dib->biCompression != 2) && (dib->biCompression != 3)",
+ * "(dib->biBitCount != 8) && (dib->biCompression == 1)", "(dib->biBitCount != 4) && (dib->biCompression == 2)",
+ * "(dib->biHeight < 0) && ( (dib->biCompression == 1) || (dib->biCompression == 2) )", "(dib->biClrUsed > 0x8000)",
+ * "( dib->biBitCount==8 && dib->biClrUsed>256 )", "( dib->biBitCount==4 && dib->biClrUsed>16 )",
+ * "dib->biBitCount is bad". From here on *cloneData is written. A width below 1, a height of 0 or one without a
+ * magnitude in 32 bits, and sizes past 2147483647 bytes: ZET_StatusNoMemory "Not enough memory to allocate header for
+ * destination image", behind the report of zetCreateImageHeader. ZET_StatusNoMemory "Not enough memory to allocate data
+ * for destination image", behind that of zetAllocateImage.
+ *
+ * Failures that still give the image, its pixels unset: a negative status left from before; an RLE stream that cannot be
+ * decoded, which reports ZET_StatusBadArgument "Incorrect format of BI_RLE8 DIB (mismatch biWidth)", "(mismatch
+ * biHeight)", "(bad Delta command)" or "(mismatch biHeight or biWidth)" (BI_RLE4 alike; the last one also for a stream
+ * that passes its bound), or ZET_StatusNoMemory "Not enough memory to decompress BI_RLE8 DIB at DIB", and then
+ * ZET_StatusInternal "Impossible to decompress RLE DIB". Ask zetGetErrStatus.
+ *
+ * Cost: shared images cost a header; RLE takes a block of one plane of the DIB for the time of the call. */
+ZET_API ZetImage* zetTranslateDIB(const BITMAPINFOHEADER* dib, int32_t* cloneData);
+
 #ifdef __cplusplus
 }
 #endif

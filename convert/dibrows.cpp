@@ -1,0 +1,66 @@
+// Rows of a DIB converted to rows of planes: through palette tables, or through the bit fields of a word.
+#include "zetpxl.h"
+
+#include "convert/dib.h"
+
+namespace zetpxl {
+namespace {
+
+// The leftmost pixel of a byte is in its highest bits.
+template <int Bits>
+std::uint8_t paletteIndex(const std::uint8_t* row, std::ptrdiff_t x) {
+    constexpr std::ptrdiff_t perByte = 8 / Bits;
+    constexpr std::ptrdiff_t last = perByte - 1;
+    return static_cast<std::uint8_t>(row[x / perByte] >> ((last - x % perByte) * Bits) & ((1 << Bits) - 1));
+}
+
+template <int Bits, std::size_t Planes>
+void paletteRow(const DibForm& form, const std::uint8_t* source, std::uint8_t* const* planes, std::ptrdiff_t count) {
+    for (std::size_t c = 0; c < Planes; ++c) {
+        const std::uint8_t* const table = form.palette[c].data();
+        std::uint8_t* __restrict const plane = planes[c];
+        for (std::ptrdiff_t x = 0; x < count; ++x) plane[x] = table[paletteIndex<Bits>(source, x)];
+    }
+}
+
+template <class Word>
+void fieldPlane(DibForm::Field field, const std::uint8_t* source, std::uint8_t* __restrict plane,
+                std::ptrdiff_t count) {
+    const Word mask = static_cast<Word>(field.mask);
+    for (std::ptrdiff_t x = 0; x < count; ++x) {
+        const Word bits = loadUnaligned<Word>(source + x * static_cast<std::ptrdiff_t>(sizeof(Word))) & mask;
+        plane[x] = static_cast<std::uint8_t>(static_cast<Word>(bits >> field.right) << field.left);
+    }
+}
+
+template <class Word, std::size_t Planes>
+void fieldRow(const DibForm& form, const std::uint8_t* source, std::uint8_t* const* planes, std::ptrdiff_t count) {
+    for (std::size_t c = 0; c < Planes; ++c) fieldPlane<Word>(form.fields[c], source, planes[c], count);
+}
+
+struct RowEntry {
+    std::int32_t bitCount;
+    std::int32_t nChannels;
+    DibRowRoutine routine;
+};
+
+constexpr RowEntry kRows[] = {
+    {1, 1, paletteRow<1, 1>},
+    {1, 3, paletteRow<1, 3>},
+    {4, 1, paletteRow<4, 1>},
+    {4, 3, paletteRow<4, 3>},
+    {8, 1, paletteRow<8, 1>},
+    {8, 3, paletteRow<8, 3>},
+    {16, 3, fieldRow<std::uint16_t, 3>},
+    {32, 4, fieldRow<std::uint32_t, 4>},
+};
+
+}  // namespace
+
+DibRowRoutine dibRowRoutine(std::int32_t bitCount, std::int32_t nChannels) {
+    for (const RowEntry& entry : kRows)
+        if (entry.bitCount == bitCount && entry.nChannels == nChannels) return entry.routine;
+    return nullptr;
+}
+
+}  // namespace zetpxl

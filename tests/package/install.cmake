@@ -1,0 +1,48 @@
+# Installs into a folder of its own and builds on it as a stranger would: by find_package and by pkg-config, in C and in
+# C++.
+include(${CMAKE_CURRENT_LIST_DIR}/common.cmake)
+set(prefix ${WORK_DIR}/prefix)
+set(consumer ${CMAKE_CURRENT_LIST_DIR}/consumer)
+file(REMOVE_RECURSE ${prefix} ${WORK_DIR}/consumer)
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+
+function(expect_greeting)
+  if(NOT output STREQUAL "zetpxl 2.5.2, pixel 7\n")
+    message(FATAL_ERROR "${ARGN} printed '${output}'")
+  endif()
+endfunction()
+
+run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${consumer} -B ${WORK_DIR}/consumer -DCMAKE_PREFIX_PATH=${prefix}
+    -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER}
+    -DCMAKE_C_FLAGS=${C_FLAGS} -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
+run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
+foreach(program consumer_c consumer_cpp)
+  run(${WORK_DIR}/consumer/${program})
+  expect_greeting(${program})
+endforeach()
+
+find_program(PKG_CONFIG NAMES pkg-config pkgconf REQUIRED)
+set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
+set(ENV{LD_LIBRARY_PATH} ${prefix}/${LIBDIR})
+run(${PKG_CONFIG} --cflags --libs zetpxl)
+separate_arguments(package_flags UNIX_COMMAND "${output}")
+run(${C_COMPILER} ${c_flags} ${consumer}/consumer.c -o ${WORK_DIR}/pkg_c ${package_flags})
+run(${CXX_COMPILER} ${cxx_flags} ${consumer}/consumer.cpp -o ${WORK_DIR}/pkg_cpp ${package_flags})
+foreach(program pkg_c pkg_cpp)
+  run(${WORK_DIR}/${program})
+  expect_greeting(${program})
+endforeach()
+
+set(ENV{LD_LIBRARY_PATH} "")
+run(${prefix}/bin/zetpic --version)
+if(NOT output MATCHES "2\\.5\\.2")
+  message(FATAL_ERROR "the installed zetpic says ${output}")
+endif()
+foreach(level IN LISTS LEVELS)
+  list(APPEND files ${LIBDIR}/glibc-hwcaps/${level}/libzetpxl.so.2)
+endforeach()
+foreach(file IN ITEMS ${files} ${LIBDIR}/libzetpxl.so.2 include/zetpxl.h share/man/man1/zetpic.1)
+  if(NOT EXISTS ${prefix}/${file})
+    message(FATAL_ERROR "${file} is not installed")
+  endif()
+endforeach()

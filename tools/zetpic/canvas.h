@@ -1,0 +1,44 @@
+// A picture as an operation sees it: with the region, the mask and the tiles of the command line.
+#pragma once
+
+#include <vector>
+
+#include "command.h"
+#include "picture.h"
+
+namespace zetpic {
+
+class Canvas {
+  public:
+    Canvas() = default;
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    // The picture stays the owner of its pixels and must outlive the canvas.
+    Failure open(const Picture& picture, const Options& options);
+    ZetImage* image() { return &record_; }
+
+  private:
+    // A tile in the hands of the library, as often as it asked for it.
+    struct Tile {
+        std::int32_t column, row;
+        std::int32_t holders;
+        bool written;
+        std::vector<std::uint8_t> pixels;
+    };
+
+    ZetImage record_{};
+    ZetImage plain_{};
+    ZetROI region_{};
+    ZetTileInfo tileInfo_{};
+    Picture mask_;
+    std::vector<Tile> tiles_;
+
+    static void serve(ZetImage* image, std::int32_t column, std::int32_t row, std::int32_t mode);
+    Tile* find(std::int32_t column, std::int32_t row);
+    void fetch(std::int32_t column, std::int32_t row, std::int32_t mode);
+    void release(std::int32_t column, std::int32_t row);
+    void move(Tile* tile, bool toPicture);
+};
+
+}  // namespace zetpic
