@@ -411,6 +411,22 @@ ZET_API void zetConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConv
 ZET_API void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
                      int32_t anchorY);
 
+/* Replaces each sample of the region by the median of the nCols x nRows samples of its channel around it: `anchorX` columns
+ * to its left and `anchorY` rows above it belong to the window; of an even number of samples the upper of the two middle
+ * ones counts. All depths but 32F; on 1U set bits are counted. The images have one depth, data order (1U excepted), channel
+ * count and alpha channel. Pixels outside the image follow the source's borders; those outside the region are real pixels.
+ * A pixel is written where the masks of both images are set. Destination tiles outside the region are not asked for. Small
+ * windows are sorted by exchanges over many pixels at once, large ones use sliding histograms.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "(anchorX>=nCols)||(anchorX<0)", "(anchorY>=nRows)||(anchorY<0)",
+ * "(srcImage==dstImage)", "srcImage->depth!=dstImage->depth", "srcImage->depth==32",
+ * "srcImage->nChannels!=dstImage->nChannels", "srcImage->alphaChannel!=dstImage->alphaChannel",
+ * "srcImage->dataOrder!=dstImage->dataOrder"; then, each reported, "Interst Channel of input Image more number of
+ * channels.", "Interst Channel of output Image more number of channels.", "Number of interset channel input and output Image
+ * is not equal."; an old negative status ends the call without a report. A tile or scratch memory that cannot be had ends
+ * the work, or leaves a piece as it was, silently. */
+ZET_API void zetMedianFilter(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
+                             int32_t anchorY);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is

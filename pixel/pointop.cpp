@@ -211,8 +211,13 @@ void process(const PointOperation& operation, const PointImages& images, ZetImag
 void runPointOperation(const PointOperation& operation, const PointImages& images) {
     if (!checkArguments(operation.op, images)) return;
     std::int32_t kind = kMaskAsGiven;
-    ZetImage* secondMask = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
-    ZetImage* mask = ownCombineMasks(images.sources[0]->maskImage, secondMask, images.dst->maskImage, &kind);
+    // One record on several images counts once: an inversion that is to be undone must not need memory.
+    ZetImage* first = images.sources[0]->maskImage;
+    ZetImage* second = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
+    ZetImage* third = images.dst->maskImage;
+    if (second == first) second = nullptr;
+    if (third == first || third == second) third = nullptr;
+    ZetImage* mask = ownCombineMasks(first, second, third, &kind);
     if (kind == kMaskEmpty) return;
     if (kind == kMaskNoMemory) return report(operation.op, ZET_StatusNoMemory, "Out of memory");
     process(operation, images, mask);

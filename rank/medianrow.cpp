@@ -1,0 +1,206 @@
+// median.1 small windows: samples enter a pool one by one, and the pool's least and greatest, which can no longer be the
+//          median, leave it ("forgetful selection"); exchanges run over many pixels at once
+// median.2 8-bit samples: a histogram that slides along the row, and a median that moves with it (Huang, Yang and Tang,
+//          "A fast two-dimensional median filtering algorithm", 1979)
+// median.3 16-bit samples: the same with a coarse histogram of the high bytes above the fine one
+// median.4 32-bit samples in large windows: selection in a copy of the window
+#include "rank/medianrow.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include "core/alloc.h"
+
+namespace zetpxl {
+
+namespace {
+
+// Results that one pool serves at a time.
+constexpr std::ptrdiff_t kPoolWidth = 256;
+
+template <class T>
+void exchange(T* __restrict a, T* __restrict b, std::ptrdiff_t count) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const T low = std::min(a[i], b[i]);
+        b[i] = std::max(a[i], b[i]);
+        a[i] = low;
+    }
+}
+
+// An even window gets a sample above all others, so that its upper middle sample is the middle one.
+constexpr std::ptrdiff_t oddCount(std::ptrdiff_t n) { return n | 1; }
+constexpr std::ptrdiff_t poolSize(std::ptrdiff_t n) { return (oddCount(n) + 3) / 2; }
+
+template <class T>
+void takeSample(const MedianRow<T>& row, std::ptrdiff_t index, std::ptrdiff_t first, std::ptrdiff_t count, T* slot) {
+    if (index >= std::ptrdiff_t{row.nRows} * row.nCols)
+        return static_cast<void>(std::fill_n(slot, count, std::numeric_limits<T>::max()));
+    const T* samples = row.rows[index / row.nCols] + (index % row.nCols) * row.lanes + first;
+    std::copy_n(samples, count, slot);
+}
+
+// Brings the least of `size` pool rows to the first and the greatest to the last.
+template <class T>
+void moveExtremes(T* pool, std::ptrdiff_t size, std::ptrdiff_t count) {
+    const auto slot = [pool](std::ptrdiff_t i) { return pool + i * kPoolWidth; };
+    for (std::ptrdiff_t i = 0; i < size / 2; ++i) exchange(slot(i), slot(size - 1 - i), count);
+    const std::ptrdiff_t half = (size + 1) / 2;
+    for (std::ptrdiff_t i = 1; i < half; ++i) exchange(slot(0), slot(i), count);
+    for (std::ptrdiff_t i = size - half; i < size - 1; ++i) exchange(slot(i), slot(size - 1), count);
+}
+
+template <class T>
+void selectInPool(const MedianRow<T>& row, std::ptrdiff_t first, std::ptrdiff_t count) {
+    T* pool = static_cast<T*>(row.scratch);
+    const std::ptrdiff_t n = std::ptrdiff_t{row.nRows} * row.nCols;
+    std::ptrdiff_t size = poolSize(n);
+    for (std::ptrdiff_t i = 0; i < size; ++i) takeSample(row, i, first, count, pool + i * kPoolWidth);
+    std::ptrdiff_t next = size;
+    while (size > 3) {
+        moveExtremes(pool, size, count);
+        pool += kPoolWidth;  // the least leaves; the next sample takes the place of the greatest
+        size -= 1;
+        takeSample(row, next++, first, count, pool + (size - 1) * kPoolWidth);
+    }
+    moveExtremes(pool, size, count);
+    std::copy_n(pool + kPoolWidth, count, row.out + first);
+}
+
+template <class T>
+void networkRow(const MedianRow<T>& row) {
+    const std::ptrdiff_t samples = row.width * row.lanes;
+    for (std::ptrdiff_t first = 0; first < samples; first += kPoolWidth)
+        selectInPool(row, first, std::min(kPoolWidth, samples - first));
+}
+
+template <class T>
+void copyRow(const MedianRow<T>& row) {
+    std::copy_n(row.rows[0], row.width * row.lanes, row.out);
+}
+
+// Signed samples are shifted so that their order is that of unsigned ones.
+template <class T>
+constexpr std::uint32_t binOf(T sample) {
+    using U = std::make_unsigned_t<T>;
+    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
+    return static_cast<U>(static_cast<U>(sample) ^ flip);
+}
+
+template <class T>
+constexpr T sampleOf(std::uint32_t bin) {
+    using U = std::make_unsigned_t<T>;
+    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
+    return static_cast<T>(static_cast<U>(static_cast<U>(bin) ^ flip));
+}
+static_assert(binOf<std::int8_t>(-128) == 0 && binOf<std::int8_t>(127) == 255 && sampleOf<std::int16_t>(0) == -32768);
+
+// A histogram in one level, and where the median stands in it: `below` counts the samples of bins before `bin`.
+struct ByteHistogram {
+    std::array<std::int32_t, 256> counts;
+    std::int32_t bin;
+    std::int32_t below;
+
+    void clear() {
+        counts.fill(0);
+        bin = 0;
+        below = 0;
+    }
+    void change(std::uint32_t sample, std::int32_t by) {
+        counts[sample] += by;
+        if (static_cast<std::int32_t>(sample) < bin) below += by;
+    }
+    // The least bin with `rank` samples up to it.
+    std::uint32_t find(std::int32_t rank) {
+        while (below >= rank) below -= counts[static_cast<std::size_t>(--bin)];
+        while (below + counts[static_cast<std::size_t>(bin)] < rank) below += counts[static_cast<std::size_t>(bin++)];
+        return static_cast<std::uint32_t>(bin);
+    }
+};
+
+struct WordHistogram {
+    ByteHistogram coarse;
+    std::array<std::int32_t, 65536> fine;
+
+    void clear() {
+        coarse.clear();
+        fine.fill(0);
+    }
+    void change(std::uint32_t sample, std::int32_t by) {
+        coarse.change(sample >> 8, by);
+        fine[sample] += by;
+    }
+    std::uint32_t find(std::int32_t rank) {
+        std::uint32_t bin = coarse.find(rank) << 8;
+        std::int32_t rest = rank - coarse.below;
+        while (fine[bin] < rest) rest -= fine[bin++];
+        return bin;
+    }
+};
+
+template <class T, class Histogram>
+void changeColumn(const MedianRow<T>& row, std::ptrdiff_t sample, std::int32_t by, Histogram* histogram) {
+    for (std::int32_t r = 0; r < row.nRows; ++r) histogram->change(binOf(row.rows[r][sample]), by);
+}
+
+template <class T, class Histogram>
+void histogramRow(const MedianRow<T>& row) {
+    auto* histogram = static_cast<Histogram*>(row.scratch);
+    const std::int32_t rank = static_cast<std::int32_t>(std::int64_t{row.nRows} * row.nCols / 2 + 1);
+    const std::ptrdiff_t reach = std::ptrdiff_t{row.nCols} * row.lanes;
+    for (std::ptrdiff_t c = 0; c < row.lanes; ++c) {
+        histogram->clear();
+        for (std::ptrdiff_t q = 0; q < reach; q += row.lanes) changeColumn(row, q + c, 1, histogram);
+        for (std::ptrdiff_t x = c; x < row.width * row.lanes; x += row.lanes) {
+            row.out[x] = sampleOf<T>(histogram->find(rank));
+            if (x + row.lanes >= row.width * row.lanes) break;
+            changeColumn(row, x, -1, histogram);
+            changeColumn(row, x + reach, 1, histogram);
+        }
+    }
+}
+
+template <class T>
+void selectionRow(const MedianRow<T>& row) {
+    T* window = static_cast<T*>(row.scratch);
+    const std::ptrdiff_t n = std::ptrdiff_t{row.nRows} * row.nCols;
+    for (std::ptrdiff_t i = 0; i < row.width * row.lanes; ++i) {
+        T* end = window;
+        for (std::int32_t r = 0; r < row.nRows; ++r)
+            for (std::int32_t q = 0; q < row.nCols; ++q) *end++ = row.rows[r][i + std::ptrdiff_t{q} * row.lanes];
+        std::nth_element(window, window + n / 2, end);
+        row.out[i] = window[n / 2];
+    }
+}
+
+// Window sizes up to which exchanging is cheaper than the method for large windows.
+template <class T>
+constexpr std::ptrdiff_t kNetworkLimit = sizeof(T) == 1 ? 36 : 64;
+
+template <class T>
+MedianMethod<T> largeMethod(std::ptrdiff_t n) {
+    constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(T));
+    if constexpr (sizeof(T) == 1)
+        return {histogramRow<T, ByteHistogram>, static_cast<std::ptrdiff_t>(sizeof(ByteHistogram))};
+    if constexpr (sizeof(T) == 2)
+        return {histogramRow<T, WordHistogram>, static_cast<std::ptrdiff_t>(sizeof(WordHistogram))};
+    return {selectionRow<T>, sizeProduct(n, size)};
+}
+
+}  // namespace
+
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows) {
+    const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
+    if (n == 1) return {copyRow<T>, 1};
+    if (n > kNetworkLimit<T>) return largeMethod<T>(n);
+    return {networkRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+}
+
+template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+
+}  // namespace zetpxl

@@ -1,0 +1,32 @@
+// Ways to the median of every window along a row; all give the same samples.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace zetpxl {
+
+// A row of windows. `rows` holds nRows pointers to the first window's samples; neighbouring columns lie `lanes` samples
+// apart, and lane c of every pixel forms windows of its own. The result is the (n / 2 + 1)-th smallest of n samples.
+template <class T>
+struct MedianRow {
+    const T* const* rows;
+    std::int32_t nRows;
+    std::int32_t nCols;
+    std::ptrdiff_t width;
+    std::int32_t lanes;
+    T* out;         // width * lanes samples
+    void* scratch;  // of the method
+};
+
+template <class T>
+struct MedianMethod {
+    void (*row)(const MedianRow<T>& row);
+    std::ptrdiff_t scratchBytes;
+};
+
+// The cheapest method for a window of so many samples.
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+
+}  // namespace zetpxl
