@@ -343,6 +343,74 @@ ZET_API void zetCopy(ZetImage* srcImage, ZetImage* dstImage);
  * memory", when the masks cannot be joined. */
 ZET_API void zetAdd(ZetImage* srcImageA, ZetImage* srcImageB, ZetImage* dstImage);
 
+/* ---- Filters ----------------------------------------------------------------------------------------------- */
+
+/* A convolution kernel. Weights and anchor are stored turned through 180 degrees; make records with zetCreateConvKernel
+ * only. A kernel is read-only after that, and any number of threads may use it. */
+typedef struct ZetConvKernel {
+    int32_t nCols;
+    int32_t nRows;
+    int32_t anchorX; /* nCols - 1 - the caller's */
+    int32_t anchorY; /* nRows - 1 - the caller's */
+    int32_t* values; /* the caller's weights in reversed order, owned by the record */
+    int32_t nShift;
+} ZetConvKernel;
+
+/* How zetConvolve2D combines the results of several kernels. */
+enum {
+    ZET_COMBINE_SUM = 0,              /* the sum; one kernel: the result */
+    ZET_COMBINE_SUM_SQUARES = 1,      /* the sum of squares; one kernel without a shift: the square */
+    ZET_COMBINE_ROOT_SUM_SQUARES = 2, /* the root of that sum; one kernel without a shift: the absolute value */
+    ZET_COMBINE_MAX = 3,              /* the largest; one kernel: the result */
+    ZET_COMBINE_MIN = 4               /* the smallest; one kernel: the result */
+};
+
+/* Makes a kernel of nCols x nRows whole weights, given row by row, top row first. The weight at (row r, column c)
+ * multiplies the source sample at (x + anchorX - c, y + anchorY - r) for the destination pixel (x, y): a true convolution.
+ * Each result is shifted right by `nShift` modulo 32 (toward minus infinity) before kernels are combined; 0 leaves it as
+ * it is. The weights are copied. Gives null on failure: ZET_StatusBadArgument "(values == 0)", "(nRows<=0 || nCols<=0)",
+ * "(anchorX<0 ||anchorY<0 ||nRows<=anchorY || nCols<=anchorX)"; ZET_StatusNoMemory "Allocation failure", also when the
+ * weights pass 2147483647 bytes. */
+ZET_API ZetConvKernel* zetCreateConvKernel(int32_t nCols, int32_t nRows, int32_t anchorX, int32_t anchorY,
+                                           const int32_t* values, int32_t nShift);
+
+/* Releases a kernel. ZET_StatusBadArgument: "kernel==0", "kernel->values==0". */
+ZET_API void zetDeleteConvKernel(ZetConvKernel* kernel);
+
+/* Filters the region of `srcImage` into that of `dstImage` with 1 to 10 kernels, whose results are combined by `method`
+ * (not looked at for one kernel, whose other values mean the result unchanged). All depths but 32F; the images have one
+ * depth and data order and as many channels without alpha, or a coi each. Samples are handled in single precision and
+ * stored rounded to nearest, ties to even, and saturated; a result above 0.5 sets a bit of 1U. Only pixels outside the
+ * image are made up, by the source's borders with constants limited to the depth; neighbours outside the region are real
+ * pixels. A destination pixel is written where the masks of both images are set; source pixels under clear bits are read
+ * as usual. Source and destination may be one record, with the result of a separate destination. Tile callbacks are handed
+ * copies of the records with the same tile record.
+ * Refusals: "Incorrect Image"; ZET_StatusBadRoiOffset "Bad ROI offsets" (a region that begins outside its image);
+ * ZET_StatusBadArgument "kernel==0", "(nKernels<=0 || nKernels>10)", "Inadmissible method", "kernel[i]==0", "Bad kernel
+ * structure", "Uncompatible images", "32F images can be processed only with FP kernel", "No channel to operate", "One of
+ * the COI is not defined"; ZET_StatusNoMemory "Allocation failure", also for a source tile that cannot be had;
+ * ZET_StatusError "Error get tile to write". After these last two pixels already written stay. */
+ZET_API void zetConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel, int32_t nKernels,
+                           int32_t method);
+
+/* Replaces each pixel of the region by the mean of the nCols x nRows source pixels around it: `anchorX` columns to its left
+ * and `anchorY` rows above it belong to the rectangle. All depths; the images have one depth and as many channels without
+ * alpha, or a coi each. The mean is the sum times the reciprocal of the count, which is rounded to single precision, and
+ * truncated toward zero: a constant image may come out one lower. 1U gives 1 from one half on. 32S and 32F keep column sums
+ * in single and row sums in double precision, each step rounded toward zero. Pixels outside the image follow the source's
+ * borders; those outside the region are real pixels. A pixel is written where all masks are set. Source and destination may
+ * be one record, tiled or not, with the result of a separate destination. A rectangle of 1 by 1 is zetCopy. The cost of a
+ * pixel does not depend on the rectangle's size (running sums).
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "(srcImage->depth!=dstImage->depth)"; ZET_StatusBadOrder
+ * "(srcImage->dataOrder!=dstImage->dataOrder)" unless both images have one channel; ZET_StatusBadArgument
+ * "(nRows<0||nCols<0)", "(anchorX<0||anchorY<0)", "(anchorX>=nCols||anchorY>=nRows)"; ZET_StatusBadAlpha "bad alpha
+ * channel's number" (also of a mask); ZET_StatusBadChannels "bad channel's number"; ZET_StatusNoMemory "Allocation failure"
+ * (also for a source tile that cannot be had and for a rectangle of more than 2147483647 pixels); ZET_StatusError "Error get
+ * tile to write", "Error get tile to read"; Backtrace with "" behind an inner step's report or an old negative status.
+ * After these last pieces already written stay. */
+ZET_API void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
+                     int32_t anchorY);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is

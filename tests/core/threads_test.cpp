@@ -8,6 +8,7 @@
 
 #include "core/status.h"
 #include "tests/support/allocations.h"
+#include "tests/support/child.h"
 #include "tests/support/events.h"
 
 namespace zetpxl::test {
@@ -65,6 +66,22 @@ TEST(ThreadsStatus, AThreadOfThePlatformHasItsRecordToo) {
         pthread_join(thread, nullptr);
         EXPECT_EQ(word, -4);
     }
+}
+
+void* askWithoutMemory(void*) {
+    const AllocationWatch watch(1);
+    zetGetErrStatus();
+    return nullptr;
+}
+
+TEST(ThreadsStatus, AThreadThatCannotHaveARecordEndsTheProcess) {
+    const ChildResult child = runInChild([] {
+        pthread_t thread{};
+        pthread_create(&thread, nullptr, &askWithoutMemory, nullptr);
+        pthread_join(thread, nullptr);
+    });
+    EXPECT_NE(child.errors.find("Problem to allocate memory for TLS ZET context."), std::string::npos);
+    EXPECT_EQ(child.exitCode, 1);
 }
 
 struct LateUse {

@@ -1,5 +1,6 @@
 #include "tests/support/differential.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "tests/support/allocations.h"
@@ -32,14 +33,28 @@ struct Side {
     }
 
     void runModel() {
+        // The model looks at tiles when it likes; its calls are only for the log.
+        scene.closesTiles = false;
+        scene.allow(GuardedBuffer::Access::kData);
         Model model{scene.log, status};
         result = call.model(model);
         status = model.status;
     }
 };
 
+// Long results are cut to the surroundings of their first difference.
+std::string differenceOfResults(const std::string& library, const std::string& model) {
+    if (library == model) return "";
+    std::size_t at = 0;
+    while (at < library.size() && at < model.size() && library[at] == model[at]) ++at;
+    const std::size_t from = at > 120 ? at - 120 : 0;
+    return "result: library ..." + library.substr(std::min(from, library.size()), 160) + "...\nmodel ..." +
+           model.substr(std::min(from, model.size()), 160);
+}
+
 std::string differenceOfSides(Side& library, Side& model, const CompareRules& rules) {
-    if (library.result != model.result) return "result: library " + library.result + ", model " + model.result;
+    const std::string results = differenceOfResults(library.result, model.result);
+    if (!results.empty()) return results;
     if (library.status != model.status)
         return "status: library " + std::to_string(library.status) + ", model " + std::to_string(model.status);
     if (library.scene.log.lines != model.scene.log.lines)
@@ -64,7 +79,8 @@ bool oneCase(const CaseMaker& make, const DifferentialRules& rules, std::uint64_
 }
 
 // One call in which a step fails, against an untouched twin. Gives false when the call had no such step.
-bool oneFailure(const CaseMaker& make, std::uint64_t seed, std::int32_t allocation, std::int32_t fetch) {
+bool oneFailure(const CaseMaker& make, const FailureRules& rules, std::uint64_t seed, std::int32_t allocation,
+                std::int32_t fetch) {
     const DifferentialRules quiet{.compare = {}, .failingFetches = 0};
     Side failing;
     Side untouched;
@@ -86,7 +102,7 @@ bool oneFailure(const CaseMaker& make, std::uint64_t seed, std::int32_t allocati
     EXPECT_EQ(live, 0) << "blocks left behind; " << where;
     EXPECT_EQ(differenceOfScenes(failing.scene, untouched.scene, {.nanEqual = false, .fieldsOnly = true}), "") << where;
     if (fetch == 0) {
-        EXPECT_EQ(failing.scene.heldTiles(), 0) << where;
+        EXPECT_LE(failing.scene.heldTiles(), allocation > 0 ? rules.heldTiles : 0) << where;
     }
     return failed;
 }
@@ -105,12 +121,12 @@ void compareWithModel(const CaseMaker& make, const DifferentialRules& rules) {
         if (!oneCase(make, rules, static_cast<std::uint64_t>(seed))) ++failures;
 }
 
-void failEveryStep(const CaseMaker& make, std::int32_t cases) {
-    for (std::int32_t i = 0; i < cases && !testing::Test::HasFailure(); ++i) {
+void failEveryStep(const CaseMaker& make, const FailureRules& rules) {
+    for (std::int32_t i = 0; i < rules.cases && !testing::Test::HasFailure(); ++i) {
         const auto seed = static_cast<std::uint64_t>(i);
-        for (std::int32_t n = 1; oneFailure(make, seed, n, 0) && n < 200; ++n) {
+        for (std::int32_t n = 1; oneFailure(make, rules, seed, n, 0) && n < 200; ++n) {
         }
-        for (std::int32_t n = 1; oneFailure(make, seed, 0, n) && n < 200; ++n) {
+        for (std::int32_t n = 1; oneFailure(make, rules, seed, 0, n) && n < 200; ++n) {
         }
     }
 }

@@ -32,8 +32,13 @@ struct DifferentialRules {
 
 void compareWithModel(const CaseMaker& make, const DifferentialRules& rules = {});
 
+struct FailureRules {
+    std::int32_t cases = 150;
+    std::int32_t heldTiles = 0;  // that a call without memory may leave handed out
+};
+
 // For some cases, every allocation and every tile request fails in turn: nothing crashes or leaks, every tile that was
 // handed out comes back where no request failed, and records and guards stay as they were.
-void failEveryStep(const CaseMaker& make, std::int32_t cases = 150);
+void failEveryStep(const CaseMaker& make, const FailureRules& rules = {});
 
 }  // namespace zetpxl::test

@@ -35,7 +35,7 @@ void onRelease(TestImage& owner, std::int32_t col, std::int32_t row, GuardedBuff
     std::int32_t& held = owner.held[static_cast<std::size_t>(row * owner.tileCols + col)];
     if (held == 0) line += " WAS NOT HELD";
     if (owner.tileInfo.tileData != tile->data()) line += " (another address)";
-    if (held > 0 && --held == 0) tile->allow(Access::kNone);
+    if (held > 0 && --held == 0 && owner.scene->closesTiles) tile->allow(Access::kNone);
     owner.scene->log.add(line);
 }
 

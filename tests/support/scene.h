@@ -60,6 +60,7 @@ class Scene {
     EventLog log;
     std::int32_t failFetchAt = 0;  // from 1; 0: every tile is had
     std::int32_t fetches = 0;
+    bool closesTiles = true;  // a tile that is not handed out cannot be touched, under AddressSanitizer
 
     Scene() = default;
     Scene(const Scene&) = delete;

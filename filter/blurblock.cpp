@@ -1,0 +1,298 @@
+// The block routines of blur, one arithmetic for each depth.
+//   blur.1 a row of column sums for each channel is updated by one row added and one taken away, the sum along a row by one
+//          column: the cost of a pixel does not depend on the rectangle
+//   blur.2 up to 16 bits sums are 32-bit integers, and the result is the exact product with the reciprocal, truncated
+//   blur.3 32S and 32F: column sums in single precision, row sums in double, every step rounded toward zero
+//   blur.4 the caller's rounding mode is put back on every way out
+// Compiled so that the compiler keeps to the rounding mode in force.
+#include "filter/blurblock.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cfenv>
+#include <cmath>
+
+#include "core/depth.h"
+#include "core/region.h"
+
+namespace zetpxl {
+
+namespace {
+
+// The reciprocal as a whole number over a power of two: products with a sum are exact in 64 bits.
+struct Reciprocal {
+    std::uint64_t mantissa;  // 24 bits
+    std::int32_t shift;
+};
+
+Reciprocal reciprocalOf(float inverse) {
+    int exponent = 0;
+    const float fraction = std::frexp(inverse, &exponent);
+    return {static_cast<std::uint64_t>(std::ldexp(fraction, 24)), 24 - exponent};
+}
+
+// Integer depths. Sums wrap in 32 bits and are used as signed numbers.
+template <class Sample>
+struct IntegerMean {
+    using T = Sample;
+    using Column = std::uint32_t;
+    using Row = std::uint32_t;
+    static constexpr bool truncatesFloats = false;
+    Reciprocal reciprocal;
+
+    explicit IntegerMean(float inverse) : reciprocal(reciprocalOf(inverse)) {}
+    static Column column(T sample) { return static_cast<Column>(static_cast<std::int32_t>(sample)); }
+    T result(Row sum) const {
+        const auto value = static_cast<std::int32_t>(sum);
+        const std::uint64_t magnitude = value < 0 ? 0U - sum : sum;
+        const auto mean = static_cast<std::int32_t>((magnitude * reciprocal.mantissa) >> reciprocal.shift);
+        return static_cast<T>(value < 0 ? -mean : mean);
+    }
+};
+
+// One bit, a byte each here: 1 from exactly one half on.
+struct BitMean {
+    using T = std::uint8_t;
+    using Column = std::uint32_t;
+    using Row = std::uint32_t;
+    static constexpr bool truncatesFloats = false;
+    Reciprocal reciprocal;
+
+    explicit BitMean(float inverse) : reciprocal(reciprocalOf(inverse)) {}
+    static Column column(T sample) { return sample; }
+    T result(Row sum) const { return (sum * reciprocal.mantissa) >> (reciprocal.shift - 1) != 0 ? T{1} : T{0}; }
+};
+
+struct FloatMean {
+    using T = float;
+    using Column = float;
+    using Row = double;
+    static constexpr bool truncatesFloats = true;
+    double inverse;
+
+    explicit FloatMean(float value) : inverse(static_cast<double>(value)) {}
+    static Column column(T sample) { return sample; }
+    T result(Row sum) const { return static_cast<float>(sum * inverse); }
+};
+
+struct Signed32Mean {
+    using T = std::int32_t;
+    using Column = float;
+    using Row = double;
+    static constexpr bool truncatesFloats = true;
+    double inverse;
+
+    explicit Signed32Mean(float value) : inverse(static_cast<double>(value)) {}
+    static Column column(T sample) { return static_cast<float>(sample); }
+    T result(Row sum) const {
+        return static_cast<T>(static_cast<std::uint32_t>(static_cast<std::int64_t>(sum * inverse)));
+    }
+};
+
+// Samples that column sums are kept for, and how they lie in a source row.
+struct Lanes {
+    std::ptrdiff_t count;     // column sums of a plane
+    std::int32_t perPixel;    // column sums of a pixel
+    std::int32_t sampleStep;  // from one column sum's sample to the next
+    std::int32_t planes;
+    std::ptrdiff_t firstByte;  // of the first channel in a row
+    std::int32_t firstPlane;
+    std::int32_t outPerPixel;  // of which this many are stored
+};
+
+Lanes lanesOf(const BlurPiece& p, std::ptrdiff_t bytes) {
+    const std::ptrdiff_t columns = std::ptrdiff_t{p.width} + p.nCols;
+    if (p.srcImage->dataOrder == 1 || bytes == 0) return {columns, 1, 1, p.nChannels, 0, p.srcChannel, 1};
+    const std::int32_t step = p.srcImage->nChannels;
+    if (p.nChannels == 1) return {columns, 1, step, 1, p.srcChannel * bytes, 0, 1};
+    return {columns * step, step, 1, 1, p.srcChannel * bytes, 0, p.nChannels};
+}
+
+void bitsToBytes(const std::uint8_t* row, std::ptrdiff_t count, std::uint8_t* bytes) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) bytes[i] = (row[i >> 3] >> (7 - (i & 7))) & 1;
+}
+
+template <class Mean>
+struct Work {
+    const BlurPiece* piece;
+    Mean mean;
+    Lanes lanes;
+    Block<typename Mean::Column> columns;  // lanes.count for each plane
+    Block<typename Mean::Row> sums;        // one output row
+    Block<std::uint8_t> added;             // 1U: rows as bytes
+    Block<std::uint8_t> taken;
+};
+
+// Samples of a source row in a plane; null when the row cannot be had.
+template <class Mean>
+const typename Mean::T* samplesOf(const Work<Mean>& w, std::int64_t r, std::int32_t plane, std::uint8_t* unpacked) {
+    std::ptrdiff_t planeStep = 0;
+    const std::uint8_t* row = blurSourceRow(w.piece->source, r, &planeStep);
+    if (!row) return nullptr;
+    row += (w.lanes.firstPlane + plane) * planeStep + w.lanes.firstByte;
+    if (unpacked) {
+        bitsToBytes(row, w.lanes.count, unpacked);
+        row = unpacked;
+    }
+    return reinterpret_cast<const typename Mean::T*>(row);
+}
+
+template <class Mean>
+void addRow(const Work<Mean>& w, const typename Mean::T* samples, typename Mean::Column* columns) {
+    const std::ptrdiff_t step = w.lanes.sampleStep;
+    if (step == 1) {
+        for (std::ptrdiff_t i = 0; i < w.lanes.count; ++i) columns[i] += Mean::column(samples[i]);
+        return;
+    }
+    for (std::ptrdiff_t i = 0; i < w.lanes.count; ++i) columns[i] += Mean::column(samples[i * step]);
+}
+
+template <class Mean>
+void exchangeRow(const Work<Mean>& w, const typename Mean::T* added, const typename Mean::T* taken,
+                 typename Mean::Column* columns) {
+    const std::ptrdiff_t step = w.lanes.sampleStep;
+    if (step == 1) {
+        for (std::ptrdiff_t i = 0; i < w.lanes.count; ++i)
+            columns[i] = (columns[i] + Mean::column(added[i])) - Mean::column(taken[i]);
+        return;
+    }
+    for (std::ptrdiff_t i = 0; i < w.lanes.count; ++i)
+        columns[i] = (columns[i] + Mean::column(added[i * step])) - Mean::column(taken[i * step]);
+}
+
+// Sums of nCols columns along a row, for each channel that is stored.
+template <class Mean>
+void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
+    using Row = typename Mean::Row;
+    const std::ptrdiff_t step = w.lanes.perPixel;
+    const std::int32_t kept = w.lanes.outPerPixel;
+    const std::ptrdiff_t reach = w.piece->nCols * step;
+    for (std::ptrdiff_t c = 0; c < kept; ++c) {
+        Row sum = 0;
+        for (std::ptrdiff_t x = 0; x < w.piece->nCols; ++x) sum += static_cast<Row>(columns[x * step + c]);
+        Row* sums = w.sums.get() + c;
+        for (std::ptrdiff_t x = 0; x < w.piece->width; ++x) {
+            sums[x * kept] = sum;
+            const typename Mean::Column* leaving = columns + x * step + c;
+            sum = (sum + static_cast<Row>(leaving[reach])) - static_cast<Row>(*leaving);
+        }
+    }
+}
+
+template <class T>
+void storeOne(const BlurPiece& p, std::uint8_t* dst, std::ptrdiff_t x, std::ptrdiff_t c, T value) {
+    reinterpret_cast<T*>(dst)[x * p.dstPixelStep + c] = value;
+}
+
+void storeBit(const BlurPiece& p, std::uint8_t* dst, std::ptrdiff_t x, std::uint8_t value) {
+    const std::ptrdiff_t bit = p.dstBit + x;
+    const auto mask = static_cast<std::uint8_t>(0x80 >> (bit & 7));
+    dst[bit >> 3] = static_cast<std::uint8_t>(value ? dst[bit >> 3] | mask : dst[bit >> 3] & ~mask);
+}
+
+template <class Mean>
+void storePixels(const Work<Mean>& w, std::uint8_t* dst, std::ptrdiff_t first, std::ptrdiff_t count) {
+    const BlurPiece& p = *w.piece;
+    const std::int32_t kept = w.lanes.outPerPixel;
+    const typename Mean::Row* sums = w.sums.get();
+    if constexpr (std::is_same_v<Mean, BitMean>) {
+        for (std::ptrdiff_t x = first; x < first + count; ++x) storeBit(p, dst, x, w.mean.result(sums[x]));
+    } else if (kept == p.dstPixelStep) {
+        auto* out = reinterpret_cast<typename Mean::T*>(dst);
+        for (std::ptrdiff_t i = first * kept; i < (first + count) * kept; ++i) out[i] = w.mean.result(sums[i]);
+    } else {
+        for (std::ptrdiff_t x = first; x < first + count; ++x)
+            for (std::ptrdiff_t c = 0; c < kept; ++c) storeOne(p, dst, x, c, w.mean.result(sums[x * kept + c]));
+    }
+}
+
+template <class Mean>
+void storeRow(const Work<Mean>& w, std::int32_t plane, std::ptrdiff_t y) {
+    const BlurPiece& p = *w.piece;
+    std::uint8_t* dst = p.dst + plane * p.dstPlaneStep + y * p.dstRowStep;
+    if (!p.mask.data) return storePixels(w, dst, 0, p.width);
+    forMaskPieces({p.mask.data + y * p.maskStep, p.mask.bit}, p.width,
+                  [&](std::ptrdiff_t first, std::ptrdiff_t count, MaskCover cover, const std::uint8_t* mask) {
+                      if (cover == MaskCover::All) return storePixels(w, dst, first, count);
+                      for (std::ptrdiff_t x = 0; x < count; ++x)
+                          if (mask[x]) storePixels(w, dst, first + x, 1);
+                  });
+}
+
+template <class Mean>
+bool startColumns(const Work<Mean>& w) {
+    std::fill_n(w.columns.get(), w.lanes.count * w.lanes.planes, typename Mean::Column{0});
+    for (std::int64_t r = 0; r < w.piece->nRows; ++r)
+        for (std::int32_t plane = 0; plane < w.lanes.planes; ++plane) {
+            const typename Mean::T* samples = samplesOf(w, r, plane, w.added.get());
+            if (!samples) return false;
+            addRow(w, samples, w.columns.get() + plane * w.lanes.count);
+        }
+    return true;
+}
+
+template <class Mean>
+bool moveColumns(const Work<Mean>& w, std::int64_t y) {
+    for (std::int32_t plane = 0; plane < w.lanes.planes; ++plane) {
+        const typename Mean::T* added = samplesOf(w, y + w.piece->nRows, plane, w.added.get());
+        const typename Mean::T* taken = samplesOf(w, y, plane, w.taken.get());
+        if (!added || !taken) return false;
+        exchangeRow(w, added, taken, w.columns.get() + plane * w.lanes.count);
+    }
+    return true;
+}
+
+template <class Mean>
+bool runRows(const Work<Mean>& w) {
+    if (!startColumns(w)) return false;
+    for (std::int32_t y = 0; y < w.piece->height; ++y) {
+        for (std::int32_t plane = 0; plane < w.lanes.planes; ++plane) {
+            sumAlong(w, w.columns.get() + plane * w.lanes.count);
+            storeRow(w, plane, y);
+        }
+        if (y + 1 < w.piece->height && !moveColumns(w, y)) return false;
+    }
+    return true;
+}
+
+template <class Mean>
+bool blurWith(const BlurPiece& piece) {
+    constexpr bool isBits = std::is_same_v<Mean, BitMean>;
+    const std::ptrdiff_t bytes = isBits ? 0 : static_cast<std::ptrdiff_t>(sizeof(typename Mean::T));
+    Work<Mean> w{&piece, Mean(piece.inverse), lanesOf(piece, bytes), {}, {}, {}, {}};
+    w.columns = allocBlock<typename Mean::Column>(sizeProduct(w.lanes.count, w.lanes.planes));
+    w.sums = allocBlock<typename Mean::Row>(sizeProduct(piece.width, w.lanes.outPerPixel));
+    if (!w.columns || !w.sums) return false;
+    if (isBits) {
+        w.added = allocBlock<std::uint8_t>(w.lanes.count);
+        w.taken = allocBlock<std::uint8_t>(w.lanes.count);
+        if (!w.added || !w.taken) return false;
+    }
+    if (!Mean::truncatesFloats) return runRows(w);
+    const int mode = std::fegetround();
+    std::fesetround(FE_TOWARDZERO);
+    const bool done = runRows(w);
+    std::fesetround(mode);
+    return done;
+}
+
+using BlurRoutine = bool (*)(const BlurPiece& piece);
+
+constexpr std::array<BlurRoutine, kDepthCount> blurRoutines = {
+    blurWith<BitMean>,
+    blurWith<IntegerMean<std::uint8_t>>,
+    blurWith<IntegerMean<std::int8_t>>,
+    blurWith<IntegerMean<std::uint16_t>>,
+    blurWith<IntegerMean<std::int16_t>>,
+    blurWith<Signed32Mean>,
+    blurWith<FloatMean>,
+};
+
+}  // namespace
+
+bool blurBlock(const BlurPiece& piece, std::uint32_t depth) {
+    return blurRoutines[static_cast<std::size_t>(depthIndex(depth))](piece);
+}
+
+}  // namespace zetpxl

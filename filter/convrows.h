@@ -1,0 +1,34 @@
+// Arithmetic of convolution rows. Rows hold single-precision samples; a sum or product is formed in double and rounded to
+// single when it is stored.
+#pragma once
+
+#include "filter/convplan.h"
+
+namespace zetpxl {
+
+// Kernel routines by where they round: after each weight, after each pair of weights in a column of two kernel rows, once.
+// The exact one serves sums that single precision holds whatever the order.
+void rowSparse(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+void rowPaired(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+void rowAtOnce(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+// Weights of 1 and -1 need no product; the sums are those of the sparse routine.
+inline constexpr KernelRow rowUnit = rowSparse;
+
+void rowCopy(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowAdd(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowAddSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowAbs(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowMax(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowMin(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowRoot(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowShift(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowShiftAdd(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+
+// Conversions by depth index; 32F has none.
+using LoadRow = void (*)(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t count, float* samples);
+LoadRow loadRowOf(std::uint32_t depth);
+StoreRow storeRowOf(std::uint32_t depth);
+
+}  // namespace zetpxl
