@@ -74,11 +74,8 @@ void dibPalette(const BITMAPINFOHEADER* dib, bool grey, DibForm* form) {
     *form = {};
     const std::uint32_t count = ownDibColors(dib);
     const std::uint8_t* entry = tableOf(dib);
-    for (std::uint32_t i = 0; i < count && i < 256; ++i, entry += 4) {
-        form->palette[0][i] = grey ? greyOf(entry[0], entry[1], entry[2]) : entry[0];
-        form->palette[1][i] = entry[1];
-        form->palette[2][i] = entry[2];
-    }
+    for (std::uint32_t i = 0; i < count && i < 256; ++i, entry += 4)
+        form->palette[i] = grey ? greyOf(entry[0], entry[1], entry[2]) : loadUnaligned<std::uint32_t>(entry);
 }
 
 void dibFields(const BITMAPINFOHEADER* dib, DibForm* form) {

@@ -66,8 +66,9 @@ struct DibForm {
         std::int32_t right;  // one of the two shifts is 0
         std::int32_t left;
     };
-    // Blue, green, red, alpha; for a grey image channel 0 is the grey. A palette has black behind its last entry.
-    std::array<std::array<std::uint8_t, 256>, 3> palette;
+    // Blue in the lowest byte, then green and red; the grey of a grey image. Black behind the table's last entry.
+    std::array<std::uint32_t, 256> palette;
+    // Blue, green, red, alpha.
     std::array<Field, 4> fields;
 };
 void dibPalette(const BITMAPINFOHEADER* dib, bool grey, DibForm* form);

@@ -1,6 +1,8 @@
 // Rows of a DIB converted to rows of planes: through palette tables, or through the bit fields of a word.
 #include "zetpxl.h"
 
+#include <algorithm>
+
 #include "convert/dib.h"
 
 namespace zetpxl {
@@ -14,12 +16,20 @@ std::uint8_t paletteIndex(const std::uint8_t* row, std::ptrdiff_t x) {
     return static_cast<std::uint8_t>(row[x / perByte] >> ((last - x % perByte) * Bits) & ((1 << Bits) - 1));
 }
 
-template <int Bits, std::size_t Planes>
+void splitPlane(const std::uint32_t* pixels, int shift, std::uint8_t* __restrict plane, std::ptrdiff_t count) {
+    for (std::ptrdiff_t x = 0; x < count; ++x) plane[x] = static_cast<std::uint8_t>(pixels[x] >> shift);
+}
+
+// One look-up a pixel for all planes together; taking them apart is what vector code does well.
+template <int Bits, int Planes>
 void paletteRow(const DibForm& form, const std::uint8_t* source, std::uint8_t* const* planes, std::ptrdiff_t count) {
-    for (std::size_t c = 0; c < Planes; ++c) {
-        const std::uint8_t* const table = form.palette[c].data();
-        std::uint8_t* __restrict const plane = planes[c];
-        for (std::ptrdiff_t x = 0; x < count; ++x) plane[x] = table[paletteIndex<Bits>(source, x)];
+    constexpr std::ptrdiff_t kChunk = 256;
+    std::array<std::uint32_t, kChunk> pixels;
+    for (std::ptrdiff_t start = 0; start < count; start += kChunk) {
+        const std::ptrdiff_t length = std::min(kChunk, count - start);
+        for (std::ptrdiff_t x = 0; x < length; ++x)
+            pixels[static_cast<std::size_t>(x)] = form.palette[paletteIndex<Bits>(source, start + x)];
+        for (int c = 0; c < Planes; ++c) splitPlane(pixels.data(), 8 * c, planes[c] + start, length);
     }
 }
 

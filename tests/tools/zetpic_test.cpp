@@ -20,7 +20,7 @@ std::uint32_t word(const Bytes& file, std::size_t at) {
 
 void setWord(Bytes& file, std::size_t at, std::uint32_t value) { std::memcpy(file.data() + at, &value, 4); }
 
-constexpr std::size_t kPixelsAt = 10, kSize = 14, kHeight = 22, kBits = 28, kCompression = 30, kSizeImage = 34;
+constexpr std::size_t kPixelsAt = 10, kHeight = 22, kBits = 28, kCompression = 30, kSizeImage = 34;
 
 std::size_t rowBytes(const Bytes& file) {
     return (std::size_t{word(file, 18)} * (word(file, kBits) & 0xFFFF) + 31) / 32 * 4;
