@@ -30,8 +30,9 @@ function(zetpxl_add_library name kind level)
   if(level)
     target_compile_options(${name} PRIVATE -march=${level})
   endif()
-  # Blur runs its block routines under another rounding mode.
-  set_source_files_properties(${PROJECT_SOURCE_DIR}/filter/blurblock.cpp PROPERTIES COMPILE_OPTIONS -frounding-math)
+  # Rooms that run under another rounding mode than the compiler assumes.
+  set_source_files_properties(${PROJECT_SOURCE_DIR}/filter/blurblock.cpp ${PROJECT_SOURCE_DIR}/filter/fixedfloats.cpp
+                              PROPERTIES COMPILE_OPTIONS -frounding-math)
 endfunction()
 
 function(zetpxl_add_shared name level folder)

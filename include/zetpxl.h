@@ -427,6 +427,35 @@ ZET_API void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int3
 ZET_API void zetMedianFilter(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
                              int32_t anchorY);
 
+/* Fixed filters; weights in window position, the anchor at the centre. */
+enum {
+    ZET_FIXED_GRAD_X_FLAT = 0,   /* 1 0 -1 / 1 0 -1 / 1 0 -1 */
+    ZET_FIXED_GRAD_Y_FLAT = 1,   /* -1 -1 -1 / 0 0 0 / 1 1 1 */
+    ZET_FIXED_GRAD_X_PEAKED = 2, /* 1 0 -1 / 2 0 -2 / 1 0 -1 */
+    ZET_FIXED_GRAD_Y_PEAKED = 3, /* -1 -2 -1 / 0 0 0 / 1 2 1 */
+    ZET_FIXED_PEAK_3 = 4,        /* 8 at the centre, -1 at the other 8 */
+    ZET_FIXED_RING_5 = 5,        /* -1 -3 -4 -3 -1 / -3 0 6 0 -3 / -4 6 20 6 -4 / -3 0 6 0 -3 / -1 -3 -4 -3 -1 */
+    ZET_FIXED_SMOOTH_3 = 6,      /* (1 2 1 / 2 4 2 / 1 2 1) / 16 */
+    ZET_FIXED_SMOOTH_5 = 7,      /* (2 7 12 7 2 / 7 31 52 31 7 / 12 52 127 52 12 / 7 31 52 31 7 / 2 7 12 7 2) / 571 */
+    ZET_FIXED_PEAK_3B = 8,       /* as ZET_FIXED_PEAK_3 */
+    ZET_FIXED_PEAK_5 = 9,        /* 24 at the centre, -1 at the other 24 */
+    ZET_FIXED_CRISP_3 = 10       /* (16 at the centre, -1 at the other 8) / 8 */
+};
+
+/* Applies a fixed filter to the region, on all depths. 8- and 16-bit images are exact in integers, saturated, divisions
+ * rounded to nearest with ties to even; ZET_FIXED_SMOOTH_5, 32S and 32F go in single precision, each stage rounded once, and
+ * whole samples are rounded to nearest, ties to even, and saturated. On 1U the gradients and the ring give 1 above 0, the
+ * smoothings above about half, the peaks mark set pixels with a clear pixel in their window, and ZET_FIXED_CRISP_3 is
+ * zetCopy. Images, borders, masks and tiles as in zetMedianFilter. The floating-point rounding mode is kept; pending
+ * floating-point exceptions are cleared.
+ * The result is 0, also when there is nothing to do, or tells the refusal: "Incorrect Image" gives the stored status;
+ * ZET_StatusBadArgument is reported with "(srcImage==dstImage)" (result -5), "srcImage->depth!=dstImage->depth" (-17),
+ * "srcImage->nChannels!=dstImage->nChannels" (-15), "srcImage->alphaChannel!=dstImage->alphaChannel" (-18),
+ * "srcImage->dataOrder!=dstImage->dataOrder" (1U excepted, -1), "Unknow filter." (-5); ZET_StatusBadCoi, each reported, with
+ * the channel texts of zetMedianFilter (-24). An old negative status is the result at once. Scratch memory that cannot be
+ * had: ZET_StatusNoMemory "Allocation failure", result 0; a tile or working block: silence, result 0. */
+ZET_API int32_t zetFixedFilter(ZetImage* srcImage, ZetImage* dstImage, int32_t filter);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is
