@@ -112,6 +112,8 @@ std::int32_t oneBorderedCopy(Convolution* c) {
     return result;
 }
 
+constexpr std::int32_t kStripRows = 64;
+
 // Edge strips.
 struct StripRoute {
     Convolution* c;
@@ -128,15 +130,29 @@ void moveDestination(const StripRoute& route, std::int32_t dx, std::int32_t dy) 
     c->maskRect.yOffset = route.mask.yOffset + dy;
 }
 
-std::int32_t runStrip(Convolution* c, const ZetROI& strip) {
-    ZetROI z = strip;
+std::int32_t runBand(Convolution* c, ZetROI* band) {
     BorderedCopy copy;
-    c->src.roi = &z;
+    c->src.roi = band;
     const bool made = ownBorderedCopy(&c->src, c->margins, &copy);
     c->src.roi = &c->srcRect;
     if (!made) return kConvNoMemory;
     const std::int32_t result = ownConvolveRegion(copy.image, &c->dst, &c->plan, c->margins);
     freeBorderedCopy(&copy);
+    return result;
+}
+
+// A strip goes in bands of rows, so that its copies do not grow with the image's height.
+std::int32_t runStrip(Convolution* c, const ZetROI& strip) {
+    const std::int32_t bandRows = std::max(kStripRows, c->margins.top + c->margins.bottom);
+    std::int32_t result = kConvDone;
+    for (std::int32_t done = 0; done < strip.height && result == kConvDone; done += bandRows) {
+        ZetROI band = strip;
+        band.yOffset += done;
+        band.height = std::min(bandRows, strip.height - done);
+        result = runBand(c, &band);
+        c->dstRect.yOffset += band.height;
+        c->maskRect.yOffset += band.height;
+    }
     return result;
 }
 

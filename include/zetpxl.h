@@ -456,6 +456,23 @@ enum {
  * had: ZET_StatusNoMemory "Allocation failure", result 0; a tile or working block: silence, result 0. */
 ZET_API int32_t zetFixedFilter(ZetImage* srcImage, ZetImage* dstImage, int32_t filter);
 
+/* Morphology by a filled square of 2 * nIterations + 1 pixels a side, applied at once: `nIterations` is its half-size, not a
+ * count. zetDilate takes the greatest sample of the square, zetErode the least (on 1U OR and AND); zetOpen erodes and then
+ * dilates, zetClose dilates and then erodes. Depths 1U, 8U, 16U. Of what lies outside the region only the frame of one pixel
+ * around it counts, replicated outwards; where the frame leaves the image the source's borders make it (corners by the top
+ * or bottom side; modes above 3 by their two lowest bits). In zetOpen and zetClose the second pass sees the frame
+ * unfiltered. A pixel is written where the masks of both images are set; a mask keeps no pixel out of a window. Source and
+ * destination may be one record, with the result of a separate destination. Rows stream: memory is a ring of rows. Tile
+ * callbacks are handed copies of the records with the same tile record. THE STATUS IS CLEARED ON ENTRY.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "Illegal number of iterations" (below 1), "Illegal image depth", "SRC
+ * and DST depth are different", "SRC and DST order are different", "SRC and DST orign are different", "SRC and DST number
+ * of channels are different"; ZET_StatusError "Error get tile to read", "Error get tile to write" (rows stored before stay).
+ * Memory that cannot be had: status ZET_StatusNoMemory without a report, nothing written. */
+ZET_API void zetDilate(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
+ZET_API void zetErode(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
+ZET_API void zetOpen(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
+ZET_API void zetClose(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is
