@@ -475,6 +475,49 @@ ZET_API void zetClose(ZetImage* srcImage, ZetImage* dstImage, int32_t nIteration
 
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
+/* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to
+ * the range of the depth, lightness and saturation as fractions of full scale (32S counts from -2147483648). Depths 8U, 16U,
+ * 32S; doubles, results cut toward zero. A fourth channel of the source is ignored, and so are masks. The destination's
+ * colorModel and channelSeq become "HLS" for good, also when the depth is then refused. Untiled images are converted over
+ * their common size; with tiles the whole destination is, what lies beyond the source following its borders. One record may
+ * be both sides. A destination tile that cannot be had ends its row of tiles silently, and the walk if the next row's first
+ * one fails too.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument "colorModel must be RGB instead of <name> ", "channelSeq must be RGB or
+ * BGR instead of <name> ", "src & dst roi must be NULL", "(src->nChannels < 3 ) || (dst->nChannels != 3 ) || (src->depth !=
+ * dst->depth) || (src->dataOrder != dst->dataOrder) || (src->origin != dst->origin)"; in the name ownRGB2HLS, once per tile,
+ * "Error input depth. 32S,16U,8U are valid now"; Backtrace with "" when source pixels cannot be had. */
+ZET_API void zetRGB2HLS(ZetImage* srcImage, ZetImage* dstImage);
+
+/* The way back. A saturation of 0 gives the lightness unchanged in all three channels. Refusals as of zetRGB2HLS, with the
+ * RGB side the destination, and "src-> colorModel must be HLS instead of <name>", "src-> channelSeq must be HLS instead of
+ * <name>"; the depth in the name ownHLS2RGB. No name is written. */
+ZET_API void zetHLS2RGB(ZetImage* srcImage, ZetImage* dstImage);
+
+enum { ZET_NOISE_UNIFORM = 0, ZET_NOISE_GAUSSIAN = 1 };
+
+/* What noise to add. Integer depths read the integers, 32F the floats, which no init operation sets. */
+typedef struct ZetNoiseParam {
+    int32_t noise; /* ZET_NOISE_... */
+    uint32_t seed;
+    int32_t lowInt;  /* uniform: one end of the range; Gaussian: the mean */
+    int32_t highInt; /* uniform: the other end, which is not reached; Gaussian: the standard deviation */
+    float lowFP;
+    float highFP;
+} ZetNoiseParam;
+
+/* Fill the record but for its floats. Nothing is checked; `noiseParam` must not be null. */
+ZET_API void zetNoiseUniformInit(ZetNoiseParam* noiseParam, uint32_t seed, int32_t low, int32_t high);
+ZET_API void zetNoiseGaussianInit(ZetNoiseParam* noiseParam, uint32_t seed, int32_t mean, int32_t stDev);
+
+/* Adds noise to the region of an image, in place; all depths but 1U. Integer depths saturate; a uniform range is cut to the
+ * width of 8- and 16-bit depths. The same record gives the same noise on every machine: the generator starts afresh from
+ * `seed`, and draws are taken plane by plane or pixel by pixel, channel by channel; elements that are masked out take none.
+ * A tiled image is walked tile by tile, so its noise differs from that of the same image in one block.
+ * The result is 0, or tells the refusal: "Incorrect Image" gives the status; ZET_StatusBadArgument for "(noiseParam == 0)",
+ * "(image->depth == 1)", "((noiseParam->noise != ZET_NOISE_UNIFORM) && (noiseParam->noise != ZET_NOISE_GAUSSIAN))";
+ * ZET_StatusInternal for a tile that cannot be had, reported as ZET_StatusBadArgument "(image->tileInfo->tileData == 0)". */
+ZET_API int32_t zetNoiseImage(ZetImage* image, const ZetNoiseParam* noiseParam);
+
 /* The header of a device-independent bitmap, as published. Where the platform declares it itself, that declaration is
  * used; a program that brings its own defines ZETPXL_NO_BITMAPINFOHEADER before it includes this header. */
 typedef struct tagBITMAPINFOHEADER BITMAPINFOHEADER;
