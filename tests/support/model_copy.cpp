@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "tests/support/model_patch.h"
 #include "tests/support/model_point.h"
 #include "tests/support/model_rect.h"
 #include "tests/support/model_set.h"
@@ -15,26 +16,6 @@ constexpr const char* kName = "zetCopy";
 constexpr const char* kSource = "zetsce";
 
 void say(Model& model, std::int32_t status, const char* words) { model.report(status, kName, words, kSource); }
-
-// A 1U image of the model's own, cleared.
-struct Plane {
-    std::vector<std::uint8_t> bytes;
-    ZetImage image{};
-
-    Plane(const Area& size, std::int32_t dataOrder, std::int32_t origin, std::int32_t align) {
-        image.nChannels = 1;
-        image.depth = ZET_DEPTH_1U;
-        image.dataOrder = dataOrder;
-        image.origin = origin;
-        image.align = align;
-        image.width = size.width;
-        image.height = size.height;
-        image.widthStep = (size.width + 7) / 8;
-        image.imageSize = image.widthStep * size.height;
-        bytes.resize(static_cast<std::size_t>(image.imageSize));
-        image.imageData = bytes.data();
-    }
-};
 
 Area commonArea(const std::vector<const ZetImage*>& images) {
     Area common{0, 0, INT32_MAX, INT32_MAX};
@@ -63,7 +44,7 @@ bool checks(Model& model, ZetImage* src, ZetImage* dst) {
 }
 
 void copyBitsUnderMask(Model& model, ZetImage* src, ZetImage* dst, ZetImage* mask, const Area& common) {
-    Plane plane(common, mask->dataOrder, mask->origin, mask->align);
+    Plane plane(common.width, common.height, mask->dataOrder, mask->origin, mask->align);
     ZetImage* t = &plane.image;
     ZetImage* const maskOfMask = mask->maskImage;
     mask->maskImage = nullptr;
@@ -164,7 +145,7 @@ void modelCopy(Model& model, ZetImage* src, ZetImage* dst) {
         return copyUnder(model, src, dst, src->maskImage ? src->maskImage : dst->maskImage);
     const Area common = commonArea({src->maskImage, dst->maskImage});
     if (common.empty()) return;
-    Plane joined(common, 1, src->maskImage->origin, 4);
+    Plane joined(common.width, common.height, 1, src->maskImage->origin, 4);
     modelAnd(model, src->maskImage, dst->maskImage, &joined.image);
     if (model.status < 0) return say(model, ZET_StatusBacktrace, "");
     copyUnder(model, src, dst, &joined.image);
