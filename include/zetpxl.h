@@ -473,6 +473,17 @@ ZET_API void zetErode(ZetImage* srcImage, ZetImage* dstImage, int32_t nIteration
 ZET_API void zetOpen(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
 ZET_API void zetClose(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
 
+/* ---- Geometry ---------------------------------------------------------------------------------------------- */
+
+/* Interpolations; the flag is added to one of the first three. */
+enum {
+    ZET_INTER_NN = 0,
+    ZET_INTER_LINEAR = 1,
+    ZET_INTER_CUBIC = 2,
+    ZET_INTER_SUPER = 3, /* area averaging, for changes of scale only */
+    ZET_INTER_BLEND_EDGES = 16
+};
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to
