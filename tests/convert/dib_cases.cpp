@@ -133,7 +133,7 @@ void drawSound(DibFields& fields, Random& random) {
     if (random.oneIn(20)) fields.colorsUsed = random.pick<std::uint32_t>({1, 2, 3, 16, 256, 300, 0x8000});
 }
 
-// Values at and past the limits of one field.
+// Values at and past the limits of one field. A size is at its own limits or past those of every image.
 void spoil(DibFields& fields, Random& random) {
     switch (random.below(8)) {
         case 0:
@@ -155,7 +155,7 @@ void spoil(DibFields& fields, Random& random) {
             fields.width = random.pick({0, -1, INT32_MIN, INT32_MAX});
             break;
         case 6:
-            fields.height = random.pick({0, -1, INT32_MIN, INT32_MIN + 1});
+            fields.height = random.pick({0, ~fields.height, INT32_MIN, INT32_MIN + 1});
             break;
         default:
             fields.width = fields.height = 100000;
