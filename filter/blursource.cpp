@@ -1,6 +1,7 @@
 #include "filter/blursource.h"
 
 #include <algorithm>
+#include <cfenv>
 
 namespace zetpxl {
 
@@ -11,8 +12,12 @@ constexpr std::int32_t kBandRows = 16;
 bool fetchRows(BlurSource* s, std::int64_t first, std::int64_t rows, BlurBand* band) {
     const std::int64_t y = s->rect.y + first;
     if (y > INT32_MAX) return false;
+    // Border constants become floats as the caller's rounding mode has it, also while means are being truncated.
+    const int mode = std::fegetround();
+    std::fesetround(s->roundingMode);
     band->data = static_cast<std::uint8_t*>(ownGetRect(s->image, s->rect.x, static_cast<std::int32_t>(y), s->rect.width,
                                                        static_cast<std::int32_t>(rows), &s->rowStep));
+    std::fesetround(mode);
     band->planeStep = rows * s->rowStep;
     return band->data != nullptr;
 }
@@ -35,6 +40,7 @@ bool openBlurSource(BlurSource* source, ZetImage* image, const BlurRect& rect, s
                     bool inPlace) {
     source->image = image;
     source->rect = rect;
+    source->roundingMode = std::fegetround();
     source->bandRows = fetch == BlurFetch::Whole ? rect.height : kBandRows;
     source->nSlots = windowRows / source->bandRows + 2;
     source->lateFrom = INT32_MAX;

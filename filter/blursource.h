@@ -30,6 +30,7 @@ struct BlurBand {
 struct BlurSource {
     ZetImage* image;
     BlurRect rect;
+    int roundingMode;  // of the caller
     std::int32_t bandRows;
     std::int32_t rowStep;
     std::int32_t nSlots;

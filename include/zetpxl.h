@@ -473,6 +473,40 @@ ZET_API void zetErode(ZetImage* srcImage, ZetImage* dstImage, int32_t nIteration
 ZET_API void zetOpen(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
 ZET_API void zetClose(ZetImage* srcImage, ZetImage* dstImage, int32_t nIterations);
 
+/* ---- Geometry ---------------------------------------------------------------------------------------------- */
+
+/* Interpolations; the flag is added to one of the first three. */
+enum {
+    ZET_INTER_NN = 0,
+    ZET_INTER_LINEAR = 1,
+    ZET_INTER_CUBIC = 2,
+    ZET_INTER_SUPER = 3, /* area averaging, for changes of scale only */
+    ZET_INTER_BLEND_EDGES = 16
+};
+
+/* Maps the source region onto the destination: source pixel (x, y) lands at (c0 * x + c1 * y + c2, c3 * x + c4 * y + c5) of
+ * the destination, in whole-image coordinates; regions only cut what is made. Only pixels inside the region's image, a
+ * parallelogram, are written; a position at most 1e-14 outside a column counts as on it. Depths 1U (nearest neighbour
+ * always), 8U, 16U, 32F. ZET_INTER_CUBIC runs cubics through four samples an axis; sources narrower or lower than 4 pixels
+ * take ZET_INTER_LINEAR for it, those of one column or row ZET_INTER_NN. ZET_INTER_BLEND_EDGES softens slanted edges. Masks
+ * and borders play no part. With tiles on either side the destination is made cell by cell from blocks of the source, whose
+ * positions may differ from the direct way in the last bit. Positions that no 32-bit index holds count as outside.
+ * Refusals: "Incorrect Image"; ZET_StatusBadArgument, each reported: "srcImage->depth != dstImage->depth",
+ * "srcImage->origin != dstImage->origin", "srcImage->dataOrder != dstImage->dataOrder" (1U and one-channel images
+ * excepted), "srcImage->depth & ZET_DEPTH_SIGN", "This function is not in-place function"; then, with an old negative status
+ * too, the call ends. ZET_StatusBadArgument "Determinant of transform matrix == 0.0" (at most 1e-7), "Bad rect ROI" (as
+ * zetGetAffineQuad, a Backtrace behind it), "interpolate != ZET_INTER_NN && interpolate != ZET_INTER_LINEAR && interpolate !=
+ * ZET_INTER_CUBIC", "srcImage Rectangle ROI is degenerate to length or point", "Number of processed channels of srcImage !=
+ * Number of processed channels of dstImage"; ZET_StatusError "Error get tile to write"; Backtrace with "" for source pixels
+ * or memory that cannot be had. */
+ZET_API void zetWarpAffine(ZetImage* srcImage, ZetImage* dstImage, const double* coeffs, int32_t interpolate);
+
+/* The matrix that maps the source region onto a parallelogram: corners (x0, y0) to (x3, y3) take the region's left top,
+ * right top, right bottom and left bottom pixel. Refusals, in this order: "Incorrect Image"; ZET_StatusBadArgument
+ * "Quadrangle is degenerate to triangle or length or point", "Quadrangle is concave", "Quadrangle is not parallelogram" (to
+ * 1e-7), "Bad rect ROI", "srcImage Rectangle ROI is degenerate to length or point". */
+ZET_API void zetGetAffineTransform(const ZetImage* srcImage, double* coeffs, const double* quad);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to

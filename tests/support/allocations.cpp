@@ -20,22 +20,34 @@ struct Watch {
     std::int32_t failAt;
     std::int32_t live;
     std::array<void*, 1024> blocks;
+    std::array<std::size_t, 1024> sizes;
+    std::size_t bytes;
+    std::size_t peak;
 };
 
 thread_local Watch watch{};
 
 bool refuses() { return watch.active && ++watch.calls == watch.failAt; }
 
-void* note(void* block) {
-    if (block && watch.active && watch.live < static_cast<std::int32_t>(watch.blocks.size()))
-        watch.blocks[static_cast<std::size_t>(watch.live++)] = block;
+void* note(void* block, std::size_t size) {
+    if (!block || !watch.active || watch.live >= static_cast<std::int32_t>(watch.blocks.size())) return block;
+    const auto at = static_cast<std::size_t>(watch.live++);
+    watch.blocks[at] = block;
+    watch.sizes[at] = size;
+    watch.bytes += size;
+    watch.peak = std::max(watch.peak, watch.bytes);
     return block;
 }
 
 void forget(void* block) {
     const auto end = watch.blocks.begin() + watch.live;
     const auto found = std::find(watch.blocks.begin(), end, block);
-    if (found != end) *found = watch.blocks[static_cast<std::size_t>(--watch.live)];
+    if (found == end) return;
+    const auto at = static_cast<std::size_t>(found - watch.blocks.begin());
+    const auto last = static_cast<std::size_t>(--watch.live);
+    watch.bytes -= watch.sizes[at];
+    watch.blocks[at] = watch.blocks[last];
+    watch.sizes[at] = watch.sizes[last];
 }
 
 }  // namespace
@@ -51,6 +63,7 @@ AllocationWatch::~AllocationWatch() { watch = Watch{}; }
 std::int32_t AllocationWatch::calls() const { return watch.calls; }
 bool AllocationWatch::failed() const { return watch.failAt > 0 && watch.calls >= watch.failAt; }
 std::int32_t AllocationWatch::live() const { return watch.live; }
+std::size_t AllocationWatch::peakBytes() const { return watch.peak; }
 
 }  // namespace zetpxl::test
 
@@ -58,11 +71,11 @@ std::int32_t AllocationWatch::live() const { return watch.live; }
 extern "C" {
 
 void* __wrap_malloc(std::size_t size) {
-    return zetpxl::test::refuses() ? nullptr : zetpxl::test::note(__real_malloc(size));
+    return zetpxl::test::refuses() ? nullptr : zetpxl::test::note(__real_malloc(size), size);
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return zetpxl::test::refuses() ? nullptr : zetpxl::test::note(__real_calloc(count, size));
+    return zetpxl::test::refuses() ? nullptr : zetpxl::test::note(__real_calloc(count, size), count * size);
 }
 
 void __wrap_free(void* block) {

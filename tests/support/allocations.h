@@ -1,6 +1,7 @@
 // The library's heap under test: the n-th allocation fails, and blocks that stay behind are counted.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace zetpxl::test {
@@ -18,6 +19,8 @@ class AllocationWatch {
     bool failed() const;
     // Blocks obtained and not freed since the watch began.
     std::int32_t live() const;
+    // The most bytes that were in use at one time since the watch began.
+    std::size_t peakBytes() const;
 };
 
 }  // namespace zetpxl::test

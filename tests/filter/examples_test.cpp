@@ -1,0 +1,153 @@
+// Filters worked out by hand, what they refuse, and how little memory they take.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "tests/support/scratch.h"
+
+namespace zetpxl::test {
+namespace {
+
+// One row or more of samples of one channel, with borders that repeat the edge.
+template <class T>
+struct Grid {
+    std::vector<T> samples;
+    ZetImage image{};
+
+    Grid(std::uint32_t depth, std::int32_t width, std::vector<T> values) : samples(std::move(values)) {
+        image.nChannels = 1;
+        image.depth = depth;
+        image.align = 4;
+        image.width = width;
+        image.height = static_cast<std::int32_t>(samples.size()) / width;
+        image.widthStep = width * static_cast<std::int32_t>(sizeof(T));
+        image.imageSize = static_cast<std::int32_t>(samples.size() * sizeof(T));
+        image.imageData = samples.data();
+        for (std::int32_t& mode : image.borderMode) mode = ZET_BORDER_REPLICATE;
+    }
+};
+
+struct Kernel {
+    ZetConvKernel* record;
+    Kernel(std::int32_t nCols, std::int32_t nRows, std::int32_t x, std::int32_t y, std::vector<std::int32_t> values,
+           std::int32_t shift = 0)
+        : record(zetCreateConvKernel(nCols, nRows, x, y, values.data(), shift)) {}
+    ~Kernel() { zetDeleteConvKernel(record); }
+    Kernel(const Kernel&) = delete;
+    Kernel& operator=(const Kernel&) = delete;
+};
+
+template <class T>
+std::vector<T> convolved(std::uint32_t depth, std::vector<T> samples, const std::vector<const Kernel*>& kernels,
+                         std::int32_t method, std::int32_t width = 0) {
+    EventLog log;
+    const Recorder recorder(log);
+    std::vector<const ZetConvKernel*> records;
+    for (const Kernel* kernel : kernels) records.push_back(kernel->record);
+    Grid<T> src(depth, width ? width : static_cast<std::int32_t>(samples.size()), samples);
+    Grid<T> dst(depth, src.image.width, std::vector<T>(samples.size()));
+    zetConvolve2D(&src.image, &dst.image, records.data(), static_cast<std::int32_t>(records.size()), method);
+    EXPECT_TRUE(log.lines.empty()) << log.text();
+    return dst.samples;
+}
+
+using Bytes = std::vector<std::uint8_t>;
+using Words = std::vector<std::int32_t>;
+
+TEST(ConvolveExample, WeightsAreAppliedMirrored) {
+    const Kernel row(3, 1, 1, 0, {1, 10, 100});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {0, 1, 2, 0}, {&row}, 0), (Words{1, 12, 120, 200}));
+    const Kernel column(1, 3, 0, 0, {1, 10, 100});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {1, 2, 3, 4}, {&column}, 0, 1), (Words{111, 112, 123, 234}));
+}
+
+TEST(ConvolveExample, ShiftRoundsDown) {
+    const Kernel box(3, 3, 1, 1, std::vector<std::int32_t>(9, 1), 3);
+    EXPECT_EQ(convolved<std::uint8_t>(ZET_DEPTH_8U, Bytes(9, 100), {&box}, 0, 3), Bytes(9, 112));
+    const Kernel half(1, 1, 0, 0, {1}, 1);
+    EXPECT_EQ(convolved<std::int8_t>(ZET_DEPTH_8S, {-3, 3}, {&half}, 0), (std::vector<std::int8_t>{-2, 1}));
+}
+
+TEST(ConvolveExample, OneKernelByMethod) {
+    const Kernel minus(1, 1, 0, 0, {-1});
+    const Kernel shifted(1, 1, 0, 0, {-2}, 1);
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {5}, {&minus}, 1), Words{25});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {5}, {&minus}, 2), Words{5});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {5}, {&minus}, 7), Words{-5});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {5}, {&shifted}, 1), Words{-5});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {5}, {&shifted}, 2), Words{-5});
+}
+
+TEST(ConvolveExample, TwoKernelsByMethod) {
+    const Kernel three(1, 1, 0, 0, {3});
+    const Kernel minusFour(1, 1, 0, 0, {-4});
+    const std::vector<std::int32_t> expected{-1, 25, 5, 3, -4};
+    for (std::int32_t method = 0; method < 5; ++method)
+        EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {1}, {&three, &minusFour}, method)[0],
+                  expected[static_cast<std::size_t>(method)]);
+}
+
+TEST(ConvolveExample, SinglePrecisionShows) {
+    const Kernel identity(1, 1, 0, 0, {1});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {16777217, 16777215, INT32_MAX, INT32_MIN}, {&identity}, 0),
+              (Words{16777216, 16777215, INT32_MAX, INT32_MIN}));
+    const Kernel tooLarge(1, 1, 0, 0, {16777217});
+    EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {1}, {&tooLarge}, 0), Words{16777216});
+}
+
+template <class T>
+T blurredConstant(std::uint32_t depth, T value, std::int32_t side) {
+    Grid<T> image(depth, 10, std::vector<T>(100, value));
+    zetBlur(&image.image, &image.image, side, side, 0, side - 1);
+    EXPECT_EQ(image.samples, std::vector<T>(100, image.samples[0]));
+    return image.samples[0];
+}
+
+// The rounded reciprocal lies above 1/9 and below 1/25 and 1/49.
+TEST(BlurExample, ConstantsMayComeOutOneLower) {
+    EXPECT_EQ(blurredConstant<std::uint8_t>(ZET_DEPTH_8U, 255, 3), 255);
+    EXPECT_EQ(blurredConstant<std::uint8_t>(ZET_DEPTH_8U, 255, 5), 254);
+    EXPECT_EQ(blurredConstant<std::uint8_t>(ZET_DEPTH_8U, 100, 5), 99);
+    EXPECT_EQ(blurredConstant<std::uint16_t>(ZET_DEPTH_16U, 65535, 7), 65534);
+    EXPECT_EQ(blurredConstant<std::int8_t>(ZET_DEPTH_8S, -128, 2), -128);
+}
+
+TEST(BlurExample, TruncatesTowardZeroFromItsAnchor) {
+    Grid<std::int8_t> image(ZET_DEPTH_8S, 4, {-3, -4, 7, 8});
+    zetBlur(&image.image, &image.image, 2, 1, 0, 0);
+    EXPECT_EQ(image.samples, (std::vector<std::int8_t>{-3, 1, 7, 8}));
+}
+
+TEST(BlurExample, MoreThanCanBeCounted) {
+    EventLog log;
+    const Recorder recorder(log);
+    Grid<std::uint8_t> image(ZET_DEPTH_8U, 4, {1, 2, 3, 4});
+    zetBlur(&image.image, &image.image, 65536, 65536, 0, 0);
+    EXPECT_EQ(log.lines, std::vector{reportLine(ZET_StatusNoMemory, "zetBlur", "Allocation failure", "zetBlur")});
+    EXPECT_EQ(image.samples, (Bytes{1, 2, 3, 4}));
+}
+
+// ---- memory
+
+void convolveWide(ZetImage* src, ZetImage* dst) {
+    const Kernel kernel(5, 7, 2, 3, std::vector<std::int32_t>(35, 2), 5);
+    const ZetConvKernel* record = kernel.record;
+    zetConvolve2D(src, dst, &record, 1, 0);
+}
+
+void blurWide(ZetImage* src, ZetImage* dst) { zetBlur(src, dst, 5, 7, 2, 3); }
+
+void expectBoundedByRows(bool inPlace, void (*call)(ZetImage*, ZetImage*)) {
+    for (const std::uint32_t depth : {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_32S}) {
+        const std::size_t low = peakScratch({.depth = depth, .width = 64, .height = 2000}, inPlace, call);
+        EXPECT_GT(low, 0U);
+        EXPECT_EQ(peakScratch({.depth = depth, .width = 64, .height = 20000}, inPlace, call), low) << depth;
+    }
+}
+
+TEST(FilterMemory, ConvolutionIsBoundedByRows) { expectBoundedByRows(false, &convolveWide); }
+TEST(FilterMemory, BlurIsBoundedByRows) { expectBoundedByRows(false, &blurWide); }
+TEST(FilterMemory, InPlaceBlurIsBoundedByRows) { expectBoundedByRows(true, &blurWide); }
+
+}  // namespace
+}  // namespace zetpxl::test

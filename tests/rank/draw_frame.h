@@ -1,0 +1,26 @@
+// Images for the operations of the common frame, which ask for equal depths, channels and alpha.
+#pragma once
+
+#include "tests/filter/draw_filter.h"
+
+namespace zetpxl::test {
+
+inline Filtered drawFrameImages(Scene& scene, Random& random) {
+    const DrawRules draw{.largest = 24};
+    const ImageShape first = drawShape(random, draw);
+    const bool alike = !random.oneIn(6);
+    TestImage& src = addOperand(scene, "src", first, random, draw);
+    ImageShape shape = drawPartner(first, random, draw);
+    if (alike) {
+        shape.nChannels = first.nChannels;
+        shape.alphaChannel = first.alphaChannel;
+    }
+    shape.roi = drawRegion(shape, random);
+    TestImage& dst = scene.add("dst", shape, random, drawValues(random));
+    maybeMask(scene, dst, random, draw);
+    if (random.oneIn(10)) dst.setMask(src.mask);
+    if (alike) putRight(src, dst);
+    return {random.oneIn(50) ? &dst : &src, &dst};
+}
+
+}  // namespace zetpxl::test
