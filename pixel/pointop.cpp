@@ -206,18 +206,31 @@ void process(const PointOperation& operation, const PointImages& images, ZetImag
     walkLockStep({images.sources, images.nSources, images.dst, mask}, call);
 }
 
+bool isEmptyMask(const ZetImage* mask) {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    std::int32_t bit = 0;
+    ownRoiStart(mask, &width, &height, 0, &bit);
+    return width == 0 || height == 0;
+}
+
+ZetImage* joinMasks(const PointImages& images, std::int32_t* kind) {
+    ZetImage* first = images.sources[0]->maskImage;
+    ZetImage* second = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
+    // An image changed in place is its own destination: what is done and undone under its mask must not need memory.
+    if (images.nSources == 1 && first && first == images.dst->maskImage) {
+        *kind = isEmptyMask(first) ? kMaskEmpty : kMaskAsGiven;
+        return first;
+    }
+    return ownCombineMasks(first, second, images.dst->maskImage, kind);
+}
+
 }  // namespace
 
 void runPointOperation(const PointOperation& operation, const PointImages& images) {
     if (!checkArguments(operation.op, images)) return;
     std::int32_t kind = kMaskAsGiven;
-    // One record on several images counts once: an inversion that is to be undone must not need memory.
-    ZetImage* first = images.sources[0]->maskImage;
-    ZetImage* second = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
-    ZetImage* third = images.dst->maskImage;
-    if (second == first) second = nullptr;
-    if (third == first || third == second) third = nullptr;
-    ZetImage* mask = ownCombineMasks(first, second, third, &kind);
+    ZetImage* mask = joinMasks(images, &kind);
     if (kind == kMaskEmpty) return;
     if (kind == kMaskNoMemory) return report(operation.op, ZET_StatusNoMemory, "Out of memory");
     process(operation, images, mask);
