@@ -38,6 +38,48 @@ double atanhTail(double z) {
     return sum;
 }
 
+// Half of pi in three parts; products of the first two with small whole numbers are exact.
+constexpr double kHalfPi1 = 1.57079632673412561417e+00;
+constexpr double kHalfPi2 = 6.07710050630396597660e-11;
+constexpr double kHalfPi3 = 2.02226624879595063154e-21;
+
+// An angle less the nearest multiple of half of pi, in two parts, and which multiple.
+struct Octant {
+    std::int32_t quarter;
+    double high;
+    double low;
+};
+
+Octant octantOf(double x) {
+    const auto quarter = static_cast<std::int32_t>(x * 0.6366197723675814 + 0.5);
+    const double n = quarter;
+    const double first = x - n * kHalfPi1;
+    const double second = n * kHalfPi2;
+    const double high = first - second;
+    const double rest = (first - high) - second;
+    const double third = n * kHalfPi3;
+    const double low = rest - third;
+    const double sum = high + low;
+    return {quarter & 3, sum, (high - sum) + low};
+}
+
+// Taylor's series to the last bit for angles up to a quarter of pi; the rest of the angle enters by its derivative.
+double smallSine(double high, double low) {
+    const double z = high * high;
+    double sum = 0;
+    for (int k = 19; k >= 3; k -= 2) sum = (sum * z + 1.0) * (-1.0 / (k * (k - 1)));
+    return high + (high * (sum * z) + low * (1.0 - 0.5 * z));
+}
+
+double smallCosine(double high, double low) {
+    const double z = high * high;
+    double sum = 0;
+    for (int k = 20; k >= 4; k -= 2) sum = (sum * z + 1.0) * (-1.0 / (k * (k - 1)));
+    const double half = 0.5 * z;
+    const double main = 1.0 - half;
+    return main + (((1.0 - main) - half) - half * (sum * z) - high * low);
+}
+
 struct Reduced {
     double exponent;
     double fraction;  // between the root of one half and that of two, less one
@@ -72,6 +114,18 @@ double ownLog(double x) {
     const double sum = large + main;
     const double rest = r.exponent == 0.0 ? 0.0 : main - (sum - large);
     return sum + (rest + small);
+}
+
+double ownSin(double x) {
+    const Octant o = octantOf(x);
+    const double value = o.quarter & 1 ? smallCosine(o.high, o.low) : smallSine(o.high, o.low);
+    return o.quarter & 2 ? -value : value;
+}
+
+double ownCos(double x) {
+    const Octant o = octantOf(x);
+    const double value = o.quarter & 1 ? smallSine(o.high, o.low) : smallCosine(o.high, o.low);
+    return (o.quarter == 1 || o.quarter == 2) ? -value : value;
 }
 
 }  // namespace zetpxl

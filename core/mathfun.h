@@ -6,4 +6,8 @@ namespace zetpxl {
 // The natural logarithm of a positive, finite, normal number, within one unit in the last place.
 double ownLog(double x);
 
+// Sine and cosine of an angle in radians from 0 to 2 pi, within one unit in the last place.
+double ownSin(double x);
+double ownCos(double x);
+
 }  // namespace zetpxl

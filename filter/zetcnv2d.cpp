@@ -244,14 +244,8 @@ std::int32_t ownConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConv
     return result;
 }
 
-bool checkImages(const ZetImage* srcImage, const ZetImage* dstImage) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(kConvolve2D);
-            return false;
-        }
-    for (const ZetImage* image : images) {
+bool checkRegions(const ZetImage* srcImage, const ZetImage* dstImage) {
+    for (const ZetImage* image : {srcImage, dstImage}) {
         const ZetROI* roi = image->roi;
         if (!roi ||
             (roi->xOffset >= 0 && roi->yOffset >= 0 && roi->xOffset < image->width && roi->yOffset < image->height))
@@ -326,7 +320,7 @@ using namespace zetpxl;
 
 void zetConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel, int32_t nKernels,
                    int32_t method) {
-    if (!checkImages(srcImage, dstImage)) return;
+    if (!checkImages(kConvolve2D, {srcImage, dstImage}) || !checkRegions(srcImage, dstImage)) return;
     if (const char* fault = kernelFault(kernel, nKernels, method))
         return report(kConvolve2D, ZET_StatusBadArgument, fault);
     if (srcImage->depth != dstImage->depth || srcImage->dataOrder != dstImage->dataOrder)

@@ -507,6 +507,33 @@ ZET_API void zetWarpAffine(ZetImage* srcImage, ZetImage* dstImage, const double*
  * 1e-7), "Bad rect ROI", "srcImage Rectangle ROI is degenerate to length or point". */
 ZET_API void zetGetAffineTransform(const ZetImage* srcImage, double* coeffs, const double* quad);
 
+/* Turns the source region about the image's origin and shifts it: source pixel (x, y) lands at (cos a * x + sin a * y +
+ * xShift, -sin a * x + cos a * y + yShift), `angle` in degrees, against the clock on a screen whose rows go downward. A turn
+ * of exactly 90, 180 or 270 degrees by whole shifts on untiled images copies pixels as they are, for any `interpolate`; all
+ * else is zetWarpAffine with its refusals, followed by a Backtrace report with "" (an old negative status gives one too).
+ * The exact turn reports the checks of zetWarpAffine down to the in-place one, and the number of processed channels, in its
+ * own name. An angle that is no number makes no pixel. */
+ZET_API void zetRotate(ZetImage* srcImage, ZetImage* dstImage, double angle, double xShift, double yShift,
+                       int32_t interpolate);
+
+/* Source pixel (x, y) lands at (x + xShear * y + xShift, yShear * x + y + yShift): zetWarpAffine with its refusals, followed
+ * by a Backtrace report with "". */
+ZET_API void zetShear(ZetImage* srcImage, ZetImage* dstImage, double xShear, double yShear, double xShift,
+                      double yShift, int32_t interpolate);
+
+/* Adds to both shifts what makes zetRotate turn about (xCenter, yCenter). An angle of 0 changes nothing. */
+ZET_API void zetGetRotateShift(double xCenter, double yCenter, double angle, double* xShift, double* yShift);
+
+/* Fills the destination region from source positions: the value of `xMap` and `yMap` (32F, one channel, no alpha) at a
+ * pixel of their regions is the column and row of the source for that pixel of the destination's region, in whole-image
+ * coordinates. A position outside the source's region, or NaN, leaves its pixel as it was. Interpolations, depths and
+ * channels as in zetWarpAffine; the flag for edges has no effect. Masks and borders play no part. With tiles a tiled source
+ * is held whole, the rest goes tile by tile.
+ * Refusals as of zetWarpAffine down to the in-place one, with "(srcImage->depth & ZET_DEPTH_SIGN)", and "xMap->depth !=
+ * ZET_DEPTH_32F || xMap->nChannels != 1 || xMap->alphaChannel != 0" and so for yMap, each reported; then the interpolation,
+ * the number of processed channels, "Error get tile to write" and Backtrace as there. */
+ZET_API void zetRemap(ZetImage* srcImage, ZetImage* xMap, ZetImage* yMap, ZetImage* dstImage, int32_t interpolate);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to

@@ -280,12 +280,7 @@ void copyTiles(ZetImage* srcImage, ZetImage* dstImage, const ZetImage* mask, std
 }
 
 bool checkArguments(const ZetImage* srcImage, const ZetImage* dstImage) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(op);
-            return false;
-        }
+    if (!checkImages(op, {srcImage, dstImage})) return false;
     if (srcImage->depth != dstImage->depth) report(op, ZET_StatusBadArgument, "srcImage->depth != dstImage->depth");
     if (srcImage->origin != dstImage->origin) report(op, ZET_StatusBadArgument, "srcImage->origin != dstImage->origin");
     const bool orderMatters =

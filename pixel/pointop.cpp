@@ -83,24 +83,15 @@ bool testSources(const Operation& op, const PointImages& images, SourceTest diff
     return true;
 }
 
-bool checkImages(const Operation& op, const PointImages& images) {
-    for (std::int32_t s = 0; s < images.nSources; ++s)
-        if (ownCheckImage(images.sources[static_cast<std::size_t>(s)]) != ZET_StatusOk) {
-            reportIncorrectImage(op);
-            return false;
-        }
-    if (ownCheckImage(images.dst) == ZET_StatusOk) return true;
-    reportIncorrectImage(op);
-    return false;
-}
-
 bool checkArguments(const Operation& op, const PointImages& images) {
     const auto depthDiffers = [](const ZetImage* s, const ZetImage* d) { return s->depth != d->depth; };
     const auto orderDiffers = [](const ZetImage* s, const ZetImage* d) {
         return d->depth != ZET_DEPTH_1U && s->dataOrder != d->dataOrder;
     };
     const auto countDiffers = [](const ZetImage* s, const ZetImage* d) { return channelCount(s) != channelCount(d); };
-    return checkImages(op, images) && testSources(op, images, depthDiffers, &PointSourceWords::depth) &&
+    const bool good = images.nSources == 1 ? checkImages(op, {images.sources[0], images.dst})
+                                           : checkImages(op, {images.sources[0], images.sources[1], images.dst});
+    return good && testSources(op, images, depthDiffers, &PointSourceWords::depth) &&
            testSources(op, images, orderDiffers, &PointSourceWords::order) &&
            testSources(op, images, countDiffers, &PointSourceWords::channels);
 }
@@ -206,18 +197,31 @@ void process(const PointOperation& operation, const PointImages& images, ZetImag
     walkLockStep({images.sources, images.nSources, images.dst, mask}, call);
 }
 
+bool isEmptyMask(const ZetImage* mask) {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    std::int32_t bit = 0;
+    ownRoiStart(mask, &width, &height, 0, &bit);
+    return width == 0 || height == 0;
+}
+
+ZetImage* joinMasks(const PointImages& images, std::int32_t* kind) {
+    ZetImage* first = images.sources[0]->maskImage;
+    ZetImage* second = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
+    // An image changed in place is its own destination: what is done and undone under its mask must not need memory.
+    if (images.nSources == 1 && first && first == images.dst->maskImage) {
+        *kind = isEmptyMask(first) ? kMaskEmpty : kMaskAsGiven;
+        return first;
+    }
+    return ownCombineMasks(first, second, images.dst->maskImage, kind);
+}
+
 }  // namespace
 
 void runPointOperation(const PointOperation& operation, const PointImages& images) {
     if (!checkArguments(operation.op, images)) return;
     std::int32_t kind = kMaskAsGiven;
-    // One record on several images counts once: an inversion that is to be undone must not need memory.
-    ZetImage* first = images.sources[0]->maskImage;
-    ZetImage* second = images.nSources == 2 ? images.sources[1]->maskImage : nullptr;
-    ZetImage* third = images.dst->maskImage;
-    if (second == first) second = nullptr;
-    if (third == first || third == second) third = nullptr;
-    ZetImage* mask = ownCombineMasks(first, second, third, &kind);
+    ZetImage* mask = joinMasks(images, &kind);
     if (kind == kMaskEmpty) return;
     if (kind == kMaskNoMemory) return report(operation.op, ZET_StatusNoMemory, "Out of memory");
     process(operation, images, mask);
