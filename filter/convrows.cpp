@@ -231,6 +231,20 @@ void rowShiftAdd(const float* acc, float* target, std::ptrdiff_t count, std::int
         target[i] = static_cast<float>(static_cast<double>(target[i]) + shifted(acc[i], shift));
 }
 
+void rowShiftWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift) {
+    const std::int32_t bits = shift & 31;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        target[i] = static_cast<float>(static_cast<std::int32_t>(acc[i]) >> bits);
+}
+
+void rowShiftAddWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift) {
+    const std::int32_t bits = shift & 31;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const auto shiftedSample = static_cast<double>(static_cast<std::int32_t>(acc[i]) >> bits);
+        target[i] = static_cast<float>(static_cast<double>(target[i]) + shiftedSample);
+    }
+}
+
 LoadRow loadRowOf(std::uint32_t depth) { return loadRows[static_cast<std::size_t>(depthIndex(depth))]; }
 
 StoreRow storeRowOf(std::uint32_t depth) { return storeRows[static_cast<std::size_t>(depthIndex(depth))]; }

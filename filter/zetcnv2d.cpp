@@ -222,7 +222,8 @@ std::int32_t runRoute(Convolution* c, bool sameImage) {
     const bool dstTiled = c->dst.tileInfo != nullptr;
     if (sameImage && srcTiled) return convolveStripes(c);
     if (dstTiled) return ownConvolveTiles(c, {&c->src, srcTiled ? nullptr : &c->src, srcTiled, !srcTiled});
-    return sameImage || srcTiled ? oneBorderedCopy(c) : stripsAndInterior(c);
+    if (sameImage) return convolveInPlace(c);
+    return srcTiled ? oneBorderedCopy(c) : stripsAndInterior(c);
 }
 
 std::int32_t ownConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel,

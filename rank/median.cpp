@@ -34,6 +34,7 @@ bool allocate(const FilterBlock& b, const FilterLanes& lanes, MedianScratch<T>* 
     s->rows = allocBlock<const T*>(b.params->nRows);
     s->bytes = allocBlock<std::uint8_t>(s->method.scratchBytes);
     s->buffer = allocBlock<T>(sizeProduct(b.width, lanes.lanes));
+    if (s->bytes) std::fill_n(s->bytes.get(), s->method.scratchBytes, std::uint8_t{0});
     return s->rows && s->bytes && s->buffer && openBlockMask(b, &s->mask);
 }
 

@@ -128,6 +128,7 @@ void expectBoundedByRows(bool inPlace, void (*call)(ZetImage*, ZetImage*)) {
 }
 
 TEST(FilterMemory, ConvolutionIsBoundedByRows) { expectBoundedByRows(false, &convolveWide); }
+TEST(FilterMemory, InPlaceConvolutionIsBoundedByRows) { expectBoundedByRows(true, &convolveWide); }
 TEST(FilterMemory, BlurIsBoundedByRows) { expectBoundedByRows(false, &blurWide); }
 TEST(FilterMemory, InPlaceBlurIsBoundedByRows) { expectBoundedByRows(true, &blurWide); }
 
