@@ -46,26 +46,32 @@ constexpr NamedKernel kNamedKernels[] = {
     {"smooth", "1 2 1;2 4 2;1 2 1", 4},
 };
 
-// Rows end with a semicolon, weights of a row with blanks or a comma; all rows are of one length.
-bool parseWeights(const char* text, Kernel* kernel) {
+// Weights with blanks or a comma between them, up to the semicolon or the end behind them; null for anything else.
+const char* parseWeightRow(const char* text, std::vector<std::int32_t>* weights) {
     const char* const end = text + std::strlen(text);
-    std::int32_t columns = 0;
-    for (kernel->rows = 1;; ++text) {
-        text += std::strspn(text, " ,");
-        const auto [behind, error] = std::from_chars(text, end, kernel->weights.emplace_back());
-        if (error != std::errc{}) return false;
-        ++columns;
+    for (;;) {
+        text += std::strspn(text, " ");
+        const auto [behind, error] = std::from_chars(text, end, weights->emplace_back());
+        if (error != std::errc{}) return nullptr;
         text = behind + std::strspn(behind, " ");
-        const bool more = text == behind ? *text == ',' : *text != '\0' && *text != ';';
-        if (more) {
-            if (*text != ',') --text;
-            continue;
-        }
+        if (*text == ';' || *text == '\0') return text;
+        if (*text == ',')
+            ++text;
+        else if (text == behind)
+            return nullptr;
+    }
+}
+
+bool parseWeights(const char* text, Kernel* kernel) {
+    for (kernel->rows = 1;; ++kernel->rows) {
+        const auto before = static_cast<std::int32_t>(kernel->weights.size());
+        text = parseWeightRow(text, &kernel->weights);
+        if (!text) return false;
+        const std::int32_t columns = static_cast<std::int32_t>(kernel->weights.size()) - before;
         if (kernel->rows == 1) kernel->columns = columns;
-        if (columns != kernel->columns || (*text != ';' && *text != '\0')) return false;
+        if (columns != kernel->columns) return false;
         if (*text == '\0') return true;
-        ++kernel->rows;
-        columns = 0;
+        ++text;
     }
 }
 
