@@ -45,6 +45,7 @@ is_there() {
         libgmock-dev) have_header gmock/gmock.h ;;
         libbenchmark-dev) have_header benchmark/benchmark.h ;;
         imagemagick) have_magick ;;
+        fonts-dejavu-core) [ -r /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] ;;
         pkg-config) have pkg-config || have pkgconf ;;
         libclang-rt-16-dev) have clang-16 && [ -n "$(find "$(clang-16 -print-resource-dir)" -name 'libclang_rt.fuzzer*' 2>/dev/null | head -n 1)" ] ;;
         *) have "$1" ;;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "files.h"
+#include "transform.h"
 
 namespace zetpic {
 namespace {
@@ -23,8 +23,22 @@ std::int64_t tileStep(const ZetImage& image, std::int32_t tileWidth) {
 
 }  // namespace
 
-Failure Canvas::open(const Picture& picture, const Options& options) {
-    plain_ = *picture.image;
+Failure Canvas::openMask(const Options& options) {
+    Failure failure = readUpright(options.mask, &mask_);
+    if (!failure.empty()) return failure;
+    if (mask_.image->depth != ZET_DEPTH_1U) return options.mask + ": a mask must be black and white with 1 bit a pixel";
+    // A mask is drawn over the whole picture, whatever part of it is worked on.
+    if (options.region) {
+        maskRegion_ = *options.region;
+        maskRegion_.coi = 0;
+        mask_.image->roi = &maskRegion_;
+    }
+    record_.maskImage = mask_.image.get();
+    return "";
+}
+
+Failure Canvas::open(const ZetImage& image, const Options& options) {
+    plain_ = image;
     record_ = plain_;
     record_.imageDataBase = nullptr;
     if (options.region) {
@@ -32,12 +46,11 @@ Failure Canvas::open(const Picture& picture, const Options& options) {
         record_.roi = &region_;
     }
     if (!options.mask.empty()) {
-        Failure failure = readPicture(options.mask, &mask_);
+        Failure failure = openMask(options);
         if (!failure.empty()) return failure;
-        if (mask_.image->depth != ZET_DEPTH_1U)
-            return options.mask + ": a mask must be black and white with 1 bit a pixel";
-        record_.maskImage = mask_.image.get();
     }
+    const Border border = options.border.value_or(Border{ZET_BORDER_REPLICATE, 0});
+    zetSetBorderMode(&record_, border.mode, 15, border.constant);
     if (options.tileWidth > 0) {
         tileInfo_ = {serve, this, nullptr, options.tileWidth, options.tileHeight};
         record_.tileInfo = &tileInfo_;

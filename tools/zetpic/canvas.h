@@ -1,4 +1,4 @@
-// A picture as an operation sees it: with the region, the mask and the tiles of the command line.
+// A picture as an operation sees it: with the region, the mask, the borders and the tiles of the command line.
 #pragma once
 
 #include <vector>
@@ -14,8 +14,8 @@ class Canvas {
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
 
-    // The picture stays the owner of its pixels and must outlive the canvas.
-    Failure open(const Picture& picture, const Options& options);
+    // The image stays the owner of its pixels and must outlive the canvas.
+    Failure open(const ZetImage& image, const Options& options);
     ZetImage* image() { return &record_; }
 
   private:
@@ -32,8 +32,10 @@ class Canvas {
     ZetROI region_{};
     ZetTileInfo tileInfo_{};
     Picture mask_;
+    ZetROI maskRegion_{};
     std::vector<Tile> tiles_;
 
+    Failure openMask(const Options& options);
     static void serve(ZetImage* image, std::int32_t column, std::int32_t row, std::int32_t mode);
     Tile* find(std::int32_t column, std::int32_t row);
     void fetch(std::int32_t column, std::int32_t row, std::int32_t mode);

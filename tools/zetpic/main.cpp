@@ -14,7 +14,7 @@ constexpr const char* kPurpose = "try the operations of the zetpxl library on BM
 int printHelp() {
     std::printf("usage: zetpic COMMAND ...\n\n%s\n\ncommands:\n", kPurpose);
     for (const Command& command : commands())
-        std::printf("  %-8s %-8s %s\n", command.name, command.files, command.summary);
+        std::printf("  %-10s %-12s %s\n", command.name, command.files, command.summary);
     std::printf(
         "\n'zetpic COMMAND --help' tells more; 'zetpic --version' names the library.\n"
         "exit codes: 0 done, 1 failed, 2 wrong use\n");
@@ -27,7 +27,7 @@ int printCommandHelp(const Command& command) {
     if (command.options != 0) std::printf("\noptions:\n");
     for (const OptionText& option : optionTexts())
         if ((command.options & option.bit) != 0)
-            std::printf("  %s %-8s %s\n", option.name, option.value, option.summary);
+            std::printf("  %-13s %-12s %s\n", option.name, option.value, option.summary);
     return kOk;
 }
 

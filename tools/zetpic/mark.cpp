@@ -55,7 +55,7 @@ int runMark(const Arguments& arguments) {
     Picture picture;
     Canvas canvas;
     Failure failure = readPicture(arguments.files[0], &picture);
-    if (failure.empty()) failure = canvas.open(picture, arguments.options);
+    if (failure.empty()) failure = canvas.open(*picture.image, arguments.options);
     if (!failure.empty()) return fail(failure);
     const Pen pen = markPen(*picture.image);
     drawFrame(canvas.image(), pen);

@@ -1,51 +1,12 @@
 #include "options.h"
 
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 
+#include "values.h"
+
 namespace zetpic {
 namespace {
-
-// Whole numbers with commas between them, as many as asked for and nothing else.
-bool parseNumbers(const char* text, std::int32_t* numbers, int count) {
-    const char* const end = text + std::strlen(text);
-    for (int i = 0; i < count; ++i) {
-        const auto [behind, error] = std::from_chars(text, end, numbers[i]);
-        const bool last = i == count - 1;
-        if (error != std::errc{} || (last ? behind != end : behind == end || *behind != ',')) return false;
-        text = behind + 1;
-    }
-    return true;
-}
-
-ZetROI wholeImage() { return {0, 0, 0, INT32_MAX, INT32_MAX}; }
-
-bool parseRoi(const char* value, Options* options) {
-    std::int32_t numbers[4];
-    if (!parseNumbers(value, numbers, 4)) return false;
-    const std::int32_t coi = options->region ? options->region->coi : 0;
-    options->region = ZetROI{coi, numbers[0], numbers[1], numbers[2], numbers[3]};
-    return numbers[0] >= 0 && numbers[1] >= 0 && numbers[2] > 0 && numbers[3] > 0;
-}
-
-bool parseCoi(const char* value, Options* options) {
-    if (!options->region) options->region = wholeImage();
-    return parseNumbers(value, &options->region->coi, 1) && options->region->coi >= 0;
-}
-
-bool parseMask(const char* value, Options* options) {
-    options->mask = value;
-    return *value != '\0';
-}
-
-bool parseTile(const char* value, Options* options) {
-    std::int32_t numbers[2];
-    if (!parseNumbers(value, numbers, 2)) return false;
-    options->tileWidth = numbers[0];
-    options->tileHeight = numbers[1];
-    return numbers[0] > 0 && numbers[1] > 0 && numbers[0] % 8 == 0 && numbers[1] % 8 == 0;
-}
 
 const OptionText* findOption(const Command& command, const std::string& name) {
     for (const OptionText& option : optionTexts())
@@ -64,13 +25,15 @@ int fileCount(const Command& command) {
     return count;
 }
 
-// Takes --name=value, or --name and the word behind it.
+// Takes --name=value, or --name and the word behind it; a flag stands alone.
 bool parseOption(const Command& command, int count, char** words, int* at, Options* options) {
     const std::string word = words[*at];
     const std::size_t equals = word.find('=');
     const std::string name = word.substr(0, equals);
     const OptionText* const option = findOption(command, name);
     if (!option) return wrongUse(command, "unknown option " + name);
+    if (*option->value == '\0')
+        return equals == std::string::npos ? option->parse("", options) : wrongUse(command, name + " takes no value");
     if (equals == std::string::npos && *at + 1 >= count) return wrongUse(command, name + " needs a value");
     const char* const value = equals == std::string::npos ? words[++*at] : words[*at] + equals + 1;
     if (option->parse(value, options)) return true;
@@ -85,6 +48,45 @@ const std::vector<OptionText>& optionTexts() {
         {kCoi, "--coi", "N", "work on channel N only, counted from 1", parseCoi},
         {kMask, "--mask", "FILE", "work where this 1-bit picture is white", parseMask},
         {kTile, "--tile", "W,H", "hand the picture out in tiles of this size, in multiples of 8", parseTile},
+        {kBorder, "--border", "MODE[:C]", "what lies outside: constant (C, else 0), replicate (without), reflect or wrap",
+         parseBorder},
+        {kValue, "--value", "V", "the sample to fill with", parseValue},
+        {kAt, "--at", "X,Y", "where in DST the copy goes; its left top corner without", parseAt},
+        {kKernels, "--kernel", "K",
+         "weights by rows, '1 2 1;2 4 2;1 2 1', or sharpen, emboss, edge-x, edge-y, smooth; up to ten times",
+         parseKernel},
+        {kKernels, "--method", "NAME", "how several kernels combine: sum, squares, root, max or min", parseMethod},
+        {kKernels, "--shift", "N", "bits that each result is shifted right", parseShift},
+        {kSize, "--size", "W,H", "columns and rows of the window", parseSize},
+        {kAnchor, "--anchor", "X,Y", "the pixel of the window that the result goes to; its centre without",
+         parseAnchor},
+        {kHalfSize, "--size", "N", "half-size: the square has 2 * N + 1 pixels a side", parseExtent},
+        {kMargin, "--margin", "N", "pixels around the picture, at most half of it", parseExtent},
+        {kFilter, "--filter", "NAME",
+         "0 to 10, or grad-x-flat, grad-y-flat, grad-x-peaked, grad-y-peaked, peak-3, ring-5, smooth-3, smooth-5, "
+         "peak-3b, peak-5, crisp-3",
+         parseFilter},
+        {kLevel, "--at", "V", "samples from V on become white", parseValue},
+        {kHls, "--hue", "D", "turn the hue by D degrees", parseHue},
+        {kHls, "--lightness", "F", "multiply the lightness by F", parseLightness},
+        {kHls, "--saturation", "F", "multiply the saturation by F", parseSaturation},
+        {kHls, "--write-hls", "", "write hue, lightness and saturation in the place of red, green and blue",
+         parseWriteHls},
+        {kHls, "--read-hls", "", "read such a picture", parseReadHls},
+        {kNoise, "--uniform", "LOW,HIGH", "add noise from LOW on and below HIGH", parseUniform},
+        {kNoise, "--gaussian", "MEAN,DEV", "add noise of this mean and standard deviation", parseGaussian},
+        {kNoise, "--seed", "N", "where the noise starts; 1 without", parseSeed},
+        {kMatrix, "--matrix", "A,B,C,D,E,F", "(x, y) goes to (A x + B y + C, D x + E y + F)", parseMatrix},
+        {kMatrix, "--quad", "X0,Y0,...",
+         "four corners of a parallelogram: left top, right top, right bottom, left bottom", parseQuadrangle},
+        {kAngle, "--angle", "D", "degrees against the clock", parseAngle},
+        {kAngle, "--about", "X,Y", "the point that stays; the picture's centre without", parseAbout},
+        {kShear, "--shear", "X,Y", "(x, y) goes to (x + X y, y + Y x)", parseShear},
+        {kShear, "--move", "X,Y", "shift by this much as well", parseMove},
+        {kMap, "--map", "NAME", "barrel, swirl or ripple", parseMap},
+        {kMap, "--amount", "F", "how strong; 1 without", parseAmount},
+        {kInter, "--inter", "NAME", "nn, linear (without) or cubic", parseInter},
+        {kInter, "--blend", "", "soften slanted edges", parseBlend},
     };
     return table;
 }
@@ -100,8 +102,10 @@ bool parseArguments(const Command& command, int count, char** words, Arguments* 
         else if (!parseOption(command, count, words, &i, &arguments->options))
             return false;
     }
-    const bool complete = static_cast<int>(arguments->files.size()) == fileCount(command);
-    return complete || wrongUse(command, std::string("needs ") + command.files);
+    if (static_cast<int>(arguments->files.size()) != fileCount(command))
+        return wrongUse(command, std::string("needs ") + command.files);
+    const char* const lacking = command.lacks ? command.lacks(arguments->options) : nullptr;
+    return !lacking || wrongUse(command, std::string("needs ") + lacking);
 }
 
 }  // namespace zetpic
