@@ -119,6 +119,9 @@ bool ownFixedBlock(const FilterBlock& block) {
     return fixedRoutines[static_cast<std::size_t>(block.depthIndex)](block);
 }
 
+// The one result that is no status of its own.
+constexpr std::int32_t kOrderResult = -1;
+
 // A refusal's words and the call's result.
 struct Refusal {
     const char* words;
@@ -132,7 +135,7 @@ Refusal mismatch(const ZetImage* src, const ZetImage* dst) {
     if (src->alphaChannel != dst->alphaChannel)
         return {"srcImage->alphaChannel!=dstImage->alphaChannel", ZET_StatusBadAlpha};
     if (src->depth != ZET_DEPTH_1U && src->dataOrder != dst->dataOrder)
-        return {"srcImage->dataOrder!=dstImage->dataOrder", ZET_StatusBacktrace};
+        return {"srcImage->dataOrder!=dstImage->dataOrder", kOrderResult};
     return {nullptr, ZET_StatusOk};
 }
 

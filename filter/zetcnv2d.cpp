@@ -145,10 +145,10 @@ std::int32_t runBand(Convolution* c, ZetROI* band) {
 std::int32_t runStrip(Convolution* c, const ZetROI& strip) {
     const std::int32_t bandRows = std::max(kStripRows, c->margins.top + c->margins.bottom);
     std::int32_t result = kConvDone;
-    for (std::int32_t done = 0; done < strip.height && result == kConvDone; done += bandRows) {
+    for (std::int64_t done = 0; done < strip.height && result == kConvDone; done += bandRows) {
         ZetROI band = strip;
-        band.yOffset += done;
-        band.height = std::min(bandRows, strip.height - done);
+        band.yOffset += static_cast<std::int32_t>(done);
+        band.height = static_cast<std::int32_t>(std::min<std::int64_t>(bandRows, strip.height - done));
         result = runBand(c, &band);
         c->dstRect.yOffset += band.height;
         c->maskRect.yOffset += band.height;
