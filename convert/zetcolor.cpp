@@ -203,19 +203,9 @@ const char* layoutFault(const ZetImage* src, const ZetImage* dst) {
     return nullptr;
 }
 
-bool checkImages(const char* name, const ZetImage* src, const ZetImage* dst) {
-    const ZetImage* images[] = {src, dst};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage({name, kImageSource});
-            return false;
-        }
-    return true;
-}
-
 void runConversion(const char* name, const char* blockName, ColourWay way, ZetImage* src, ZetImage* dst) {
     const Operation format{name, kFormatSource};
-    if (!checkImages(name, src, dst)) return;
+    if (!checkImages({name, kImageSource}, {src, dst})) return;
     const bool toHls = way == ColourWay::ToHls;
     if (!checkRgb(format, toHls ? src : dst) || (!toHls && !checkHls(format, src))) return;
     if (const char* fault = layoutFault(src, dst)) return report(format, ZET_StatusBadArgument, fault);

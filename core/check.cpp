@@ -128,6 +128,15 @@ DataLayout dataLayout(const HeaderFields& fields) {
 
 std::int32_t ownCheckImage(const ZetImage* image) { return checkImage(image, 0); }
 
+bool checkImages(const Operation& op, std::initializer_list<const ZetImage*> images, std::source_location where) {
+    for (const ZetImage* image : images) {
+        if (ownCheckImage(image) == ZET_StatusOk) continue;
+        reportIncorrectImage(op, where);
+        return false;
+    }
+    return true;
+}
+
 std::int32_t ownRowBytes(std::int32_t dataOrder, std::uint32_t depth, std::int32_t align, std::int32_t nChannels,
                          std::int32_t width) {
     return limitedWord(rowBytes(dataOrder, depth, align, nChannels, width));

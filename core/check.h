@@ -2,13 +2,19 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
+#include "core/report.h"
 #include "zetpxl.h"
 
 namespace zetpxl {
 
 // 0 for a valid image, else a negative status, which is also stored; reports nothing.
 std::int32_t ownCheckImage(const ZetImage* image);
+
+// The check on each of an operation's images in turn; reports the first that fails and gives false.
+bool checkImages(const Operation& op, std::initializer_list<const ZetImage*> images,
+                 std::source_location where = std::source_location::current());
 
 // The fields that the header check looks at.
 struct HeaderFields {

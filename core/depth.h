@@ -55,4 +55,21 @@ constexpr std::int32_t clampToDepth(std::uint32_t depth, std::int32_t value) {
 static_assert(clampToDepth(ZET_DEPTH_8U, 300) == 255 && clampToDepth(ZET_DEPTH_8S, -200) == -128);
 static_assert(clampToDepth(ZET_DEPTH_1U, 2) == 1 && clampToDepth(ZET_DEPTH_32S, 1000000) == 1000000);
 
+// A value cut to the depth's samples and repeated over 32 bits; 32F takes the bits as they are.
+constexpr std::uint32_t repeatedSample(std::uint32_t depth, std::uint32_t value) {
+    switch (sampleBits(depth)) {
+        case 1:
+            return value & 1 ? 0xFFFFFFFFu : 0;
+        case 8:
+            return (value & 0xFFu) * 0x01010101u;
+        case 16:
+            return (value & 0xFFFFu) * 0x00010001u;
+        default:
+            return value;
+    }
+}
+static_assert(repeatedSample(ZET_DEPTH_8U, 0x1234) == 0x34343434u);
+static_assert(repeatedSample(ZET_DEPTH_16S, 0x12345) == 0x23452345u);
+static_assert(repeatedSample(ZET_DEPTH_1U, 2) == 0 && repeatedSample(ZET_DEPTH_1U, 3) == 0xFFFFFFFFu);
+
 }  // namespace zetpxl

@@ -31,21 +31,6 @@ std::uint8_t* alignUp(std::uint8_t* address, std::ptrdiff_t align) {
     return behind == 0 ? address : address + (align - behind);
 }
 
-constexpr std::uint32_t fillWord(std::uint32_t depth, std::uint32_t value) {
-    switch (sampleBits(depth)) {
-        case 1:
-            return value & 1 ? 0xFFFFFFFFu : 0;
-        case 8:
-            return (value & 0xFFu) * 0x01010101u;
-        case 16:
-            return (value & 0xFFFFu) * 0x00010001u;
-        default:
-            return value;
-    }
-}
-static_assert(fillWord(ZET_DEPTH_8U, 0x1234) == 0x34343434u && fillWord(ZET_DEPTH_16S, 0x12345) == 0x23452345u);
-static_assert(fillWord(ZET_DEPTH_1U, 2) == 0 && fillWord(ZET_DEPTH_1U, 3) == 0xFFFFFFFFu);
-
 void fillWords(void* data, std::int32_t size, std::uint32_t word) {
     auto* bytes = static_cast<std::uint8_t*>(data);
     for (std::ptrdiff_t i = 0; i + 4 <= size; i += 4) std::memcpy(bytes + i, &word, 4);
@@ -74,7 +59,8 @@ void allocateImage(const Operation& op, ZetImage* image, std::int32_t doFill, st
     const std::int32_t status = checkHeader(headerFields(*image), false);
     if (status != ZET_StatusOk) return report(op, status, "Incorrect data-ins");
     obtainData(op, image);
-    if (image->imageData && doFill) fillWords(image->imageData, image->imageSize, fillWord(image->depth, fillBits));
+    if (image->imageData && doFill)
+        fillWords(image->imageData, image->imageSize, repeatedSample(image->depth, fillBits));
 }
 
 void storeFields(ZetImage* image, const HeaderFields& fields) {

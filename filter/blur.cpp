@@ -40,16 +40,6 @@ const char* argumentFault(const BlurCall& c) {
     return nullptr;
 }
 
-bool checkImages(const BlurCall& c) {
-    const ZetImage* images[] = {c.src, c.dst};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(kBlur);
-            return false;
-        }
-    return true;
-}
-
 bool checkArguments(const BlurCall& c) {
     const char* fault = nullptr;
     std::int32_t status = ZET_StatusBadArgument;
@@ -176,7 +166,7 @@ void zetBlur(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRow
     call.nRows = nRows;
     call.anchorX = anchorX;
     call.anchorY = anchorY;
-    if (!checkImages(call) || !checkArguments(call)) return;
+    if (!checkImages(kBlur, {srcImage, dstImage}) || !checkArguments(call)) return;
     if (nCols == 1 && nRows == 1) return zetCopy(srcImage, dstImage);
     if (!resolveRegions(&call)) return;
     std::int32_t samples = 0;

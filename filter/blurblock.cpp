@@ -51,6 +51,23 @@ struct IntegerMean {
     }
 };
 
+// The same where no sum passes 2^29: the product with the 24 bits of the reciprocal is exact in double, and a conversion
+// cuts it.
+template <class Sample>
+struct SmallSumMean {
+    using T = Sample;
+    using Column = std::uint32_t;
+    using Row = std::uint32_t;
+    static constexpr bool truncatesFloats = false;
+    double inverse;
+
+    explicit SmallSumMean(float value) : inverse(static_cast<double>(value)) {}
+    static Column column(T sample) { return static_cast<Column>(static_cast<std::int32_t>(sample)); }
+    T result(Row sum) const {
+        return static_cast<T>(static_cast<std::int32_t>(static_cast<std::int32_t>(sum) * inverse));
+    }
+};
+
 // One bit, a byte each here: 1 from exactly one half on.
 struct BitMean {
     using T = std::uint8_t;
@@ -277,16 +294,18 @@ bool blurWith(const BlurPiece& piece) {
     return done;
 }
 
+template <class T>
+bool blurIntegers(const BlurPiece& piece) {
+    constexpr std::int64_t greatest = std::int64_t{1} << (8 * sizeof(T));
+    const bool isSmall = std::int64_t{piece.nCols} * piece.nRows <= (std::int64_t{1} << 29) / greatest;
+    return isSmall ? blurWith<SmallSumMean<T>>(piece) : blurWith<IntegerMean<T>>(piece);
+}
+
 using BlurRoutine = bool (*)(const BlurPiece& piece);
 
 constexpr std::array<BlurRoutine, kDepthCount> blurRoutines = {
-    blurWith<BitMean>,
-    blurWith<IntegerMean<std::uint8_t>>,
-    blurWith<IntegerMean<std::int8_t>>,
-    blurWith<IntegerMean<std::uint16_t>>,
-    blurWith<IntegerMean<std::int16_t>>,
-    blurWith<Signed32Mean>,
-    blurWith<FloatMean>,
+    blurWith<BitMean>,          blurIntegers<std::uint8_t>, blurIntegers<std::int8_t>, blurIntegers<std::uint16_t>,
+    blurIntegers<std::int16_t>, blurWith<Signed32Mean>,     blurWith<FloatMean>,
 };
 
 }  // namespace

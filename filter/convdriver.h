@@ -52,4 +52,7 @@ std::int32_t ownConvolveTiles(Convolution* c, const ConvTileReading& reading);
 // A tiled image filtered in place, stripe by stripe.
 std::int32_t convolveStripes(Convolution* c);
 
+// An image in one block filtered in place, stripe by stripe.
+std::int32_t convolveInPlace(Convolution* c);
+
 }  // namespace zetpxl

@@ -57,9 +57,20 @@ KernelRow chooseKernelRow(const ConvSlot& slot, std::uint32_t depth, std::int32_
     return rowSparse;
 }
 
+// Shifts of a kernel's row, which is whole where its sums are exact.
+struct ShiftRows {
+    CombineRow shift;
+    CombineRow shiftAdd;
+};
+
+ShiftRows shiftRowsOf(const ConvSlot& slot) {
+    if (slot.kernelRow == rowExact) return {rowShiftWhole, rowShiftAddWhole};
+    return {rowShift, rowShiftAdd};
+}
+
 void chooseForOne(ConvSlot* slot, std::int32_t method) {
     if (slot->nShift != 0) {
-        slot->shiftRow = rowShift;
+        slot->shiftRow = shiftRowsOf(*slot).shift;
         return;
     }
     if (method == kSumSquares) slot->combineRow = rowSquare;
@@ -70,11 +81,11 @@ void chooseForSeveral(ConvSlot* slot, std::int32_t method, bool isFirst) {
     const bool shifts = slot->nShift != 0;
     if (method == kSum) {
         const CombineRow plain = isFirst ? rowCopy : rowAdd;
-        const CombineRow shift = isFirst ? rowShift : rowShiftAdd;
+        const CombineRow shift = isFirst ? shiftRowsOf(*slot).shift : shiftRowsOf(*slot).shiftAdd;
         slot->combineRow = shifts ? shift : plain;
         return;
     }
-    if (shifts) slot->shiftRow = rowShift;
+    if (shifts) slot->shiftRow = shiftRowsOf(*slot).shift;
     if (method == kMax || method == kMin) {
         const CombineRow extreme = method == kMax ? rowMax : rowMin;
         slot->combineRow = isFirst ? rowCopy : extreme;

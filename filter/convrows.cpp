@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "core/depth.h"
+#include "core/vectors.h"
 
 namespace zetpxl {
 
@@ -31,10 +32,6 @@ void addPair(const float* __restrict upper, double upperWeight, const float* __r
     }
 }
 
-void addExact(const float* __restrict tap, float weight, std::ptrdiff_t count, float* __restrict acc) {
-    for (std::ptrdiff_t i = 0; i < count; ++i) acc[i] += tap[i] * weight;
-}
-
 void addProduct(const float* __restrict tap, double weight, std::ptrdiff_t count, double* __restrict sums) {
     for (std::ptrdiff_t i = 0; i < count; ++i) sums[i] += static_cast<double>(tap[i]) * weight;
 }
@@ -43,6 +40,48 @@ void addProduct(const float* __restrict tap, double weight, std::ptrdiff_t count
 template <class Part>
 void forChunks(std::ptrdiff_t count, Part part) {
     for (std::ptrdiff_t first = 0; first < count; first += kChunk) part(first, std::min(kChunk, count - first));
+}
+
+// Weights that are not 0, with the samples that they begin at.
+struct ExactTap {
+    const float* at;
+    float weight;
+};
+
+constexpr std::int32_t kMaxTaps = 128;
+
+struct TapList {
+    std::array<ExactTap, kMaxTaps> taps;
+    std::int32_t count = 0;
+};
+
+// Samples whose sums stay in registers while all taps are added.
+constexpr std::ptrdiff_t kTile = 4 * kFloatLanes;
+
+void sumTile(const TapList& taps, std::ptrdiff_t at, bool fresh, float* accRow) {
+    FloatVector sums[4] = {};
+    for (std::ptrdiff_t v = 0; !fresh && v < 4; ++v) loadVector(accRow + at + v * kFloatLanes, &sums[v]);
+    for (std::int32_t t = 0; t < taps.count; ++t) {
+        const ExactTap& tap = taps.taps[static_cast<std::size_t>(t)];
+        for (std::ptrdiff_t v = 0; v < 4; ++v) {
+            FloatVector samples;
+            loadVector(tap.at + at + v * kFloatLanes, &samples);
+            sums[v] += samples * tap.weight;
+        }
+    }
+    for (std::ptrdiff_t v = 0; v < 4; ++v) storeVector(sums[v], accRow + at + v * kFloatLanes);
+}
+
+// Sums of any order are the same here, so all taps go into one tile after the other.
+void sumTaps(const TapList& taps, std::ptrdiff_t count, bool fresh, float* accRow) {
+    std::ptrdiff_t at = 0;
+    for (; at + kTile <= count; at += kTile) sumTile(taps, at, fresh, accRow);
+    for (; at < count; ++at) {
+        float sum = fresh ? 0.0F : accRow[at];
+        for (std::int32_t t = 0; t < taps.count; ++t)
+            sum += taps.taps[static_cast<std::size_t>(t)].at[at] * taps.taps[static_cast<std::size_t>(t)].weight;
+        accRow[at] = sum;
+    }
 }
 
 void clearRow(float* row, std::ptrdiff_t count) { std::fill_n(row, count, 0.0F); }
@@ -176,14 +215,20 @@ void rowAtOnce(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t co
 }
 
 void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow) {
-    forChunks(count, [&](std::ptrdiff_t first, std::ptrdiff_t part) {
-        clearRow(accRow + first, part);
-        for (std::ptrdiff_t r = 0; r < slot.nRows; ++r)
-            for (std::ptrdiff_t q = 0; q < slot.nCols; ++q) {
-                const float weight = slot.weights[static_cast<std::size_t>(r * slot.nCols + q)];
-                if (weight != 0.0F) addExact(tapOf(source, r, q) + first, weight, part, accRow + first);
+    TapList taps;
+    bool fresh = true;
+    for (std::ptrdiff_t r = 0; r < slot.nRows; ++r)
+        for (std::ptrdiff_t q = 0; q < slot.nCols; ++q) {
+            const float weight = slot.weights[static_cast<std::size_t>(r * slot.nCols + q)];
+            if (weight == 0.0F) continue;
+            if (taps.count == kMaxTaps) {
+                sumTaps(taps, count, fresh, accRow);
+                fresh = false;
+                taps.count = 0;
             }
-    });
+            taps.taps[static_cast<std::size_t>(taps.count++)] = {tapOf(source, r, q), weight};
+        }
+    if (fresh || taps.count > 0) sumTaps(taps, count, fresh, accRow);
 }
 
 void rowCopy(const float* acc, float* target, std::ptrdiff_t count, std::int32_t) {
@@ -229,6 +274,20 @@ void rowShift(const float* acc, float* target, std::ptrdiff_t count, std::int32_
 void rowShiftAdd(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift) {
     for (std::ptrdiff_t i = 0; i < count; ++i)
         target[i] = static_cast<float>(static_cast<double>(target[i]) + shifted(acc[i], shift));
+}
+
+void rowShiftWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift) {
+    const std::int32_t bits = shift & 31;
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        target[i] = static_cast<float>(static_cast<std::int32_t>(acc[i]) >> bits);
+}
+
+void rowShiftAddWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift) {
+    const std::int32_t bits = shift & 31;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const auto shiftedSample = static_cast<double>(static_cast<std::int32_t>(acc[i]) >> bits);
+        target[i] = static_cast<float>(static_cast<double>(target[i]) + shiftedSample);
+    }
 }
 
 LoadRow loadRowOf(std::uint32_t depth) { return loadRows[static_cast<std::size_t>(depthIndex(depth))]; }

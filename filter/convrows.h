@@ -26,6 +26,10 @@ void rowRoot(const float* acc, float* target, std::ptrdiff_t count, std::int32_t
 void rowShift(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowShiftAdd(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 
+// The same for rows of whole numbers below 2^24, which a conversion holds.
+void rowShiftWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowShiftAddWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+
 // Conversions by depth index; 32F has none.
 using LoadRow = void (*)(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t count, float* samples);
 LoadRow loadRowOf(std::uint32_t depth);

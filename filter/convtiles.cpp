@@ -177,15 +177,23 @@ std::int32_t stripesOneAhead(Convolution* c, const Stripes& s) {
     return later != kConvDone ? later : result;
 }
 
+// Copies of all stripes, or of none.
+bool copyAllStripes(Convolution* c, const Stripes& s, BorderedCopy* copies) {
+    for (std::int32_t k = 0; k < s.count; ++k) {
+        if (copyStripe(c, s, k, copies + k)) continue;
+        while (k-- > 0) freeBorderedCopy(copies + k);
+        return false;
+    }
+    return true;
+}
+
 std::int32_t stripesAllCopied(Convolution* c, const Stripes& s) {
     const Block<BorderedCopy> copies = allocBlock<BorderedCopy>(s.count);
-    if (!copies) return kConvNoMemory;
-    std::int32_t made = 0;
-    while (made < s.count && copyStripe(c, s, made, &copies[static_cast<std::size_t>(made)])) ++made;
-    std::int32_t result = made < s.count ? kConvNoMemory : kConvDone;
-    for (std::int32_t i = 1; i <= made; ++i) {
+    if (!copies || !copyAllStripes(c, s, copies.get())) return kConvNoMemory;
+    std::int32_t result = kConvDone;
+    for (std::int32_t i = 1; i <= s.count; ++i) {
         const std::int32_t k = i % s.count;  // the first stripe comes last
-        BorderedCopy* copy = &copies[static_cast<std::size_t>(made < s.count ? i - 1 : k)];
+        BorderedCopy* copy = copies.get() + k;
         if (result == kConvDone) {
             result = writeStripe(c, s, k, copy);
         } else {

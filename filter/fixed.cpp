@@ -100,12 +100,7 @@ bool fixedOnBits(const FilterBlock& b) {
         load(y + nRows - 1);
         for (std::ptrdiff_t k = 0; k < nRows; ++k) window.rows[static_cast<std::size_t>(k)] = row(y + k);
         fixedBits[static_cast<std::size_t>(b.params->kind)](window, nullptr, out.get());
-        std::uint8_t* dst = lanes.dst + y * b.dstRowStep;
-        if (isMasked(mask)) {
-            packBitsMasked(out.get(), dst, b.dstX, b.width, maskBitsOfRow(mask, b.width, y));
-        } else {
-            packBits(out.get(), dst, b.dstX, b.width);
-        }
+        storeBitRow(b, lanes, mask, y, out.get());
     }
     return true;
 }
@@ -124,6 +119,9 @@ bool ownFixedBlock(const FilterBlock& block) {
     return fixedRoutines[static_cast<std::size_t>(block.depthIndex)](block);
 }
 
+// The one result that is no status of its own.
+constexpr std::int32_t kOrderResult = -1;
+
 // A refusal's words and the call's result.
 struct Refusal {
     const char* words;
@@ -137,7 +135,7 @@ Refusal mismatch(const ZetImage* src, const ZetImage* dst) {
     if (src->alphaChannel != dst->alphaChannel)
         return {"srcImage->alphaChannel!=dstImage->alphaChannel", ZET_StatusBadAlpha};
     if (src->depth != ZET_DEPTH_1U && src->dataOrder != dst->dataOrder)
-        return {"srcImage->dataOrder!=dstImage->dataOrder", ZET_StatusBacktrace};
+        return {"srcImage->dataOrder!=dstImage->dataOrder", kOrderResult};
     return {nullptr, ZET_StatusOk};
 }
 
@@ -157,7 +155,7 @@ std::int32_t runFilter(ZetImage* srcImage, ZetImage* dstImage, std::int32_t filt
 }
 
 std::int32_t checkedFilter(ZetImage* srcImage, ZetImage* dstImage, std::int32_t filter) {
-    if (!checkFilterImages(op, srcImage, dstImage)) return zetGetErrStatus();
+    if (!checkImages(op, {srcImage, dstImage})) return zetGetErrStatus();
     const Refusal refusal = mismatch(srcImage, dstImage);
     if (refusal.words) {
         report(op, ZET_StatusBadArgument, refusal.words);

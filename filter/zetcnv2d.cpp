@@ -145,10 +145,10 @@ std::int32_t runBand(Convolution* c, ZetROI* band) {
 std::int32_t runStrip(Convolution* c, const ZetROI& strip) {
     const std::int32_t bandRows = std::max(kStripRows, c->margins.top + c->margins.bottom);
     std::int32_t result = kConvDone;
-    for (std::int32_t done = 0; done < strip.height && result == kConvDone; done += bandRows) {
+    for (std::int64_t done = 0; done < strip.height && result == kConvDone; done += bandRows) {
         ZetROI band = strip;
-        band.yOffset += done;
-        band.height = std::min(bandRows, strip.height - done);
+        band.yOffset += static_cast<std::int32_t>(done);
+        band.height = static_cast<std::int32_t>(std::min<std::int64_t>(bandRows, strip.height - done));
         result = runBand(c, &band);
         c->dstRect.yOffset += band.height;
         c->maskRect.yOffset += band.height;
@@ -222,7 +222,8 @@ std::int32_t runRoute(Convolution* c, bool sameImage) {
     const bool dstTiled = c->dst.tileInfo != nullptr;
     if (sameImage && srcTiled) return convolveStripes(c);
     if (dstTiled) return ownConvolveTiles(c, {&c->src, srcTiled ? nullptr : &c->src, srcTiled, !srcTiled});
-    return sameImage || srcTiled ? oneBorderedCopy(c) : stripsAndInterior(c);
+    if (sameImage) return convolveInPlace(c);
+    return srcTiled ? oneBorderedCopy(c) : stripsAndInterior(c);
 }
 
 std::int32_t ownConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel,
@@ -244,14 +245,8 @@ std::int32_t ownConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConv
     return result;
 }
 
-bool checkImages(const ZetImage* srcImage, const ZetImage* dstImage) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(kConvolve2D);
-            return false;
-        }
-    for (const ZetImage* image : images) {
+bool checkRegions(const ZetImage* srcImage, const ZetImage* dstImage) {
+    for (const ZetImage* image : {srcImage, dstImage}) {
         const ZetROI* roi = image->roi;
         if (!roi ||
             (roi->xOffset >= 0 && roi->yOffset >= 0 && roi->xOffset < image->width && roi->yOffset < image->height))
@@ -326,7 +321,7 @@ using namespace zetpxl;
 
 void zetConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel, int32_t nKernels,
                    int32_t method) {
-    if (!checkImages(srcImage, dstImage)) return;
+    if (!checkImages(kConvolve2D, {srcImage, dstImage}) || !checkRegions(srcImage, dstImage)) return;
     if (const char* fault = kernelFault(kernel, nKernels, method))
         return report(kConvolve2D, ZET_StatusBadArgument, fault);
     if (srcImage->depth != dstImage->depth || srcImage->dataOrder != dstImage->dataOrder)

@@ -153,9 +153,7 @@ bool resolveChannels(const ZetImage* image, std::int32_t* nProc) {
 
 void turnExactly(const Operation& op, ZetImage* srcImage, ZetImage* dstImage, std::int32_t turn, double xShift,
                  double yShift) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) return reportIncorrectImage(op);
+    if (!checkImages(op, {srcImage, dstImage})) return;
     if (!checkGeometryImages(op, srcImage, dstImage, "srcImage->depth & ZET_DEPTH_SIGN")) return;
     ZetRoiBounds src;
     ZetRoiBounds dst;

@@ -247,9 +247,7 @@ bool checkArguments(const RemapImages& images) {
 using namespace zetpxl;
 
 void zetRemap(ZetImage* srcImage, ZetImage* xMap, ZetImage* yMap, ZetImage* dstImage, int32_t interpolate) {
-    const ZetImage* all[] = {srcImage, dstImage, xMap, yMap};
-    for (const ZetImage* image : all)
-        if (ownCheckImage(image) != ZET_StatusOk) return reportIncorrectImage(op);
+    if (!checkImages(op, {srcImage, dstImage, xMap, yMap})) return;
     const RemapImages images{srcImage, xMap, yMap, dstImage};
     if (!checkArguments(images)) return;
     const std::int32_t m = interpolate & ~kBlendFlag;

@@ -321,9 +321,7 @@ std::int32_t usableInterpolation(const ZetImage* src, std::int32_t interpolation
 using namespace zetpxl;
 
 void zetWarpAffine(ZetImage* srcImage, ZetImage* dstImage, const double* coeffs, int32_t interpolate) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) return reportIncorrectImage(op);
+    if (!checkImages(op, {srcImage, dstImage})) return;
     if (!checkGeometryImages(op, srcImage, dstImage, "srcImage->depth & ZET_DEPTH_SIGN")) return;
     if (std::fabs(coeffs[4] * coeffs[0] - coeffs[3] * coeffs[1]) <= kLeastDeterminant)
         return report(op, ZET_StatusBadArgument, "Determinant of transform matrix == 0.0");

@@ -54,6 +54,16 @@ void copyRow(const CopyRow& row) {
         for (std::int32_t k = 0; k < row.group; ++k) d[x * row.stepD + k] = s[x * row.stepS + k];
 }
 
+// The mask is the call's own, and sources never overlap their destination at another position.
+template <class T>
+void blendSamples(const std::uint8_t* __restrict mask, const T* __restrict src, std::ptrdiff_t count,
+                  T* __restrict dst) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const T entering = src[i];  // read under any mask: a choice of two values needs no branch
+        dst[i] = mask[i] ? entering : dst[i];
+    }
+}
+
 template <class T>
 void blendPiece(const CopyRow& piece, const std::uint8_t* mask) {
     const T* s = reinterpret_cast<const T*>(piece.src);
@@ -62,8 +72,7 @@ void blendPiece(const CopyRow& piece, const std::uint8_t* mask) {
         SampleMask samples;
         const std::uint8_t* m = spreadOverSamples(mask, piece.width, piece.group, piece.stepD, &samples);
         const std::ptrdiff_t count = samplesOf(piece.width, piece.group, piece.stepD);
-        for (std::ptrdiff_t i = 0; i < count; ++i) d[i] = m[i] ? s[i] : d[i];
-        return;
+        return blendSamples(m, s, count, d);
     }
     for (std::ptrdiff_t x = 0; x < piece.width; ++x)
         for (std::int32_t k = 0; mask[x] && k < piece.group; ++k) d[x * piece.stepD + k] = s[x * piece.stepS + k];
@@ -280,12 +289,7 @@ void copyTiles(ZetImage* srcImage, ZetImage* dstImage, const ZetImage* mask, std
 }
 
 bool checkArguments(const ZetImage* srcImage, const ZetImage* dstImage) {
-    const ZetImage* images[] = {srcImage, dstImage};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(op);
-            return false;
-        }
+    if (!checkImages(op, {srcImage, dstImage})) return false;
     if (srcImage->depth != dstImage->depth) report(op, ZET_StatusBadArgument, "srcImage->depth != dstImage->depth");
     if (srcImage->origin != dstImage->origin) report(op, ZET_StatusBadArgument, "srcImage->origin != dstImage->origin");
     const bool orderMatters =

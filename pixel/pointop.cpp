@@ -83,24 +83,15 @@ bool testSources(const Operation& op, const PointImages& images, SourceTest diff
     return true;
 }
 
-bool checkImages(const Operation& op, const PointImages& images) {
-    for (std::int32_t s = 0; s < images.nSources; ++s)
-        if (ownCheckImage(images.sources[static_cast<std::size_t>(s)]) != ZET_StatusOk) {
-            reportIncorrectImage(op);
-            return false;
-        }
-    if (ownCheckImage(images.dst) == ZET_StatusOk) return true;
-    reportIncorrectImage(op);
-    return false;
-}
-
 bool checkArguments(const Operation& op, const PointImages& images) {
     const auto depthDiffers = [](const ZetImage* s, const ZetImage* d) { return s->depth != d->depth; };
     const auto orderDiffers = [](const ZetImage* s, const ZetImage* d) {
         return d->depth != ZET_DEPTH_1U && s->dataOrder != d->dataOrder;
     };
     const auto countDiffers = [](const ZetImage* s, const ZetImage* d) { return channelCount(s) != channelCount(d); };
-    return checkImages(op, images) && testSources(op, images, depthDiffers, &PointSourceWords::depth) &&
+    const bool good = images.nSources == 1 ? checkImages(op, {images.sources[0], images.dst})
+                                           : checkImages(op, {images.sources[0], images.sources[1], images.dst});
+    return good && testSources(op, images, depthDiffers, &PointSourceWords::depth) &&
            testSources(op, images, orderDiffers, &PointSourceWords::order) &&
            testSources(op, images, countDiffers, &PointSourceWords::channels);
 }

@@ -62,18 +62,8 @@ void ownSpreadRow(const BlockLayout& block, std::int32_t i, std::int32_t j, std:
 }
 
 std::uint32_t borderWord(std::uint32_t depth, std::int32_t constant) {
-    const auto value = static_cast<std::uint32_t>(constant);
     if (depth == ZET_DEPTH_32F) return std::bit_cast<std::uint32_t>(static_cast<float>(constant));
-    switch (sampleBits(depth)) {
-        case 1:
-            return value & 1 ? 0xFFFFFFFFu : 0;
-        case 8:
-            return (value & 0xFFu) * 0x01010101u;
-        case 16:
-            return (value & 0xFFFFu) * 0x00010001u;
-        default:
-            return value;
-    }
+    return repeatedSample(depth, static_cast<std::uint32_t>(constant));
 }
 
 void fillBlockRows(const BlockLayout& block, std::int32_t j, std::int32_t h, std::uint32_t word) {

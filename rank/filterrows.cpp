@@ -56,4 +56,11 @@ void packBitsMasked(const std::uint8_t* bytes, std::uint8_t* row, std::ptrdiff_t
     }
 }
 
+void storeBitRow(const FilterBlock& block, const FilterLanes& lanes, const BlockMask& mask, std::ptrdiff_t y,
+                 const std::uint8_t* out) {
+    std::uint8_t* dst = lanes.dst + y * block.dstRowStep;
+    if (!isMasked(mask)) return packBits(out, dst, block.dstX, block.width);
+    packBitsMasked(out, dst, block.dstX, block.width, maskBitsOfRow(mask, block.width, y));
+}
+
 }  // namespace zetpxl

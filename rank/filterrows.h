@@ -77,6 +77,10 @@ void packBits(const std::uint8_t* bytes, std::uint8_t* row, std::ptrdiff_t bit, 
 void packBitsMasked(const std::uint8_t* bytes, std::uint8_t* row, std::ptrdiff_t bit, std::ptrdiff_t count,
                     const MaskBits& mask);
 
+// A row of results, a byte of 0 or 1 a pixel, into row `y` of a block's destination.
+void storeBitRow(const FilterBlock& block, const FilterLanes& lanes, const BlockMask& mask, std::ptrdiff_t y,
+                 const std::uint8_t* out);
+
 // Calls rowOf(y, out) for each output row of each plane and stores the row; rowOf fills `lanes.lanes * width` samples.
 template <class T, class RowOf>
 void storeRows(const FilterBlock& block, const FilterLanes& lanes, std::int32_t plane, const BlockMask& mask, T* buffer,

@@ -34,6 +34,7 @@ bool allocate(const FilterBlock& b, const FilterLanes& lanes, MedianScratch<T>* 
     s->rows = allocBlock<const T*>(b.params->nRows);
     s->bytes = allocBlock<std::uint8_t>(s->method.scratchBytes);
     s->buffer = allocBlock<T>(sizeProduct(b.width, lanes.lanes));
+    if (s->bytes) std::fill_n(s->bytes.get(), s->method.scratchBytes, std::uint8_t{0});
     return s->rows && s->bytes && s->buffer && openBlockMask(b, &s->mask);
 }
 
@@ -110,12 +111,7 @@ void medianBits(const FilterBlock& b) {
         const std::uint32_t* sums = s.sums.get();
         std::uint8_t* out = s.out.get();
         for (std::ptrdiff_t x = 0; x < b.width; ++x) out[x] = sums[x] >= threshold ? 1 : 0;
-        std::uint8_t* dst = lanes.dst + y * b.dstRowStep;
-        if (!isMasked(s.mask)) {
-            packBits(out, dst, b.dstX, b.width);
-        } else {
-            packBitsMasked(out, dst, b.dstX, b.width, maskBitsOfRow(s.mask, b.width, y));
-        }
+        storeBitRow(b, lanes, s.mask, y, out);
     }
 }
 
@@ -157,7 +153,7 @@ using namespace zetpxl;
 
 void zetMedianFilter(ZetImage* srcImage, ZetImage* dstImage, int32_t nCols, int32_t nRows, int32_t anchorX,
                      int32_t anchorY) {
-    if (!checkFilterImages(op, srcImage, dstImage)) return;
+    if (!checkImages(op, {srcImage, dstImage})) return;
     const ZetFilterParams params{nCols, nRows, anchorX, anchorY, kFamilyMedian, 0};
     if (const char* fault = argumentFault(srcImage, dstImage, params)) return report(op, ZET_StatusBadArgument, fault);
     reportChannelFaults(op, ZET_StatusBadArgument, srcImage, dstImage);

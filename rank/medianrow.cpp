@@ -95,45 +95,52 @@ constexpr T sampleOf(std::uint32_t bin) {
 }
 static_assert(binOf<std::int8_t>(-128) == 0 && binOf<std::int8_t>(127) == 255 && sampleOf<std::int16_t>(0) == -32768);
 
-// A histogram in one level, and where the median stands in it: `below` counts the samples of bins before `bin`.
-struct ByteHistogram {
-    std::array<std::int32_t, 256> counts;
+// Counts of samples, and where the median stands in them: `below` counts the samples of bins before `bin`. Held by value
+// while a row is filtered, so that it stays in registers beside the counts.
+struct Standing {
     std::int32_t bin;
     std::int32_t below;
 
-    void clear() {
-        counts.fill(0);
-        bin = 0;
-        below = 0;
-    }
-    void change(std::uint32_t sample, std::int32_t by) {
+    void change(std::int32_t* counts, std::uint32_t sample, std::int32_t by) {
         counts[sample] += by;
-        if (static_cast<std::int32_t>(sample) < bin) below += by;
+        below += static_cast<std::int32_t>(sample) < bin ? by : 0;
     }
     // The least bin with `rank` samples up to it.
-    std::uint32_t find(std::int32_t rank) {
-        while (below >= rank) below -= counts[static_cast<std::size_t>(--bin)];
-        while (below + counts[static_cast<std::size_t>(bin)] < rank) below += counts[static_cast<std::size_t>(bin++)];
-        return static_cast<std::uint32_t>(bin);
+    void find(const std::int32_t* counts, std::int32_t rank) {
+        while (below >= rank) below -= counts[--bin];
+        while (below + counts[bin] < rank) below += counts[bin++];
     }
 };
 
-struct WordHistogram {
-    ByteHistogram coarse;
-    std::array<std::int32_t, 65536> fine;
+struct ByteHistogram {
+    static constexpr std::size_t kCounts = 256;
 
-    void clear() {
-        coarse.clear();
-        fine.fill(0);
+    Standing at{0, 0};
+    std::int32_t* counts;
+
+    void change(std::uint32_t sample, std::int32_t by) { at.change(counts, sample, by); }
+    std::uint32_t find(std::int32_t rank) {
+        at.find(counts, rank);
+        return static_cast<std::uint32_t>(at.bin);
     }
+};
+
+// The high bytes' counts stand before those of whole samples.
+struct WordHistogram {
+    static constexpr std::size_t kCounts = 256 + 65536;
+
+    Standing at{0, 0};
+    std::int32_t* counts;
+
     void change(std::uint32_t sample, std::int32_t by) {
-        coarse.change(sample >> 8, by);
-        fine[sample] += by;
+        at.change(counts, sample >> 8, by);
+        counts[256 + sample] += by;
     }
     std::uint32_t find(std::int32_t rank) {
-        std::uint32_t bin = coarse.find(rank) << 8;
-        std::int32_t rest = rank - coarse.below;
-        while (fine[bin] < rest) rest -= fine[bin++];
+        at.find(counts, rank);
+        const std::int32_t* fine = counts + 256;
+        std::uint32_t bin = static_cast<std::uint32_t>(at.bin) << 8;
+        for (std::int32_t rest = rank - at.below; fine[bin] < rest;) rest -= fine[bin++];
         return bin;
     }
 };
@@ -144,19 +151,28 @@ void changeColumn(const MedianRow<T>& row, std::ptrdiff_t sample, std::int32_t b
 }
 
 template <class T, class Histogram>
-void histogramRow(const MedianRow<T>& row) {
-    auto* histogram = static_cast<Histogram*>(row.scratch);
-    const std::int32_t rank = static_cast<std::int32_t>(std::int64_t{row.nRows} * row.nCols / 2 + 1);
+void histogramLane(const MedianRow<T>& row, std::ptrdiff_t lane, Histogram histogram) {
+    const auto rank = static_cast<std::int32_t>(std::int64_t{row.nRows} * row.nCols / 2 + 1);
     const std::ptrdiff_t reach = std::ptrdiff_t{row.nCols} * row.lanes;
-    for (std::ptrdiff_t c = 0; c < row.lanes; ++c) {
-        histogram->clear();
-        for (std::ptrdiff_t q = 0; q < reach; q += row.lanes) changeColumn(row, q + c, 1, histogram);
-        for (std::ptrdiff_t x = c; x < row.width * row.lanes; x += row.lanes) {
-            row.out[x] = sampleOf<T>(histogram->find(rank));
-            if (x + row.lanes >= row.width * row.lanes) break;
-            changeColumn(row, x, -1, histogram);
-            changeColumn(row, x + reach, 1, histogram);
-        }
+    const std::ptrdiff_t end = row.width * row.lanes;
+    for (std::ptrdiff_t q = lane; q < reach; q += row.lanes) changeColumn(row, q, 1, &histogram);
+    for (std::ptrdiff_t x = lane; x < end; x += row.lanes) {
+        row.out[x] = sampleOf<T>(histogram.find(rank));
+        if (x + row.lanes >= end) break;
+        changeColumn(row, x, -1, &histogram);
+        changeColumn(row, x + reach, 1, &histogram);
+    }
+    // The last window leaves, which costs less than clearing all counts.
+    const std::ptrdiff_t last = end - row.lanes + lane;
+    for (std::ptrdiff_t q = 0; q < reach; q += row.lanes) changeColumn(row, last + q, -1, &histogram);
+}
+
+template <class T, class Histogram>
+void histogramRow(const MedianRow<T>& row) {
+    for (std::ptrdiff_t lane = 0; lane < row.lanes; ++lane) {
+        Histogram histogram;
+        histogram.counts = static_cast<std::int32_t*>(row.scratch);
+        histogramLane(row, lane, histogram);
     }
 }
 
@@ -180,10 +196,9 @@ constexpr std::ptrdiff_t kNetworkLimit = sizeof(T) == 1 ? 36 : 64;
 template <class T>
 MedianMethod<T> largeMethod(std::ptrdiff_t n) {
     constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(T));
-    if constexpr (sizeof(T) == 1)
-        return {histogramRow<T, ByteHistogram>, static_cast<std::ptrdiff_t>(sizeof(ByteHistogram))};
-    if constexpr (sizeof(T) == 2)
-        return {histogramRow<T, WordHistogram>, static_cast<std::ptrdiff_t>(sizeof(WordHistogram))};
+    constexpr auto word = static_cast<std::ptrdiff_t>(sizeof(std::int32_t));
+    if constexpr (sizeof(T) == 1) return {histogramRow<T, ByteHistogram>, word * ByteHistogram::kCounts};
+    if constexpr (sizeof(T) == 2) return {histogramRow<T, WordHistogram>, word * WordHistogram::kCounts};
     return {selectionRow<T>, sizeProduct(n, size)};
 }
 

@@ -16,7 +16,7 @@ struct MedianRow {
     std::ptrdiff_t width;
     std::int32_t lanes;
     T* out;         // width * lanes samples
-    void* scratch;  // of the method
+    void* scratch;  // of the method, cleared before the first row
 };
 
 template <class T>

@@ -142,7 +142,10 @@ void mergePixels(const std::uint8_t* result, const MaskBits& mask, std::ptrdiff_
     T* to = reinterpret_cast<T*>(old);
     forMaskPieces(mask, count, [&](std::ptrdiff_t first, std::ptrdiff_t part, MaskCover cover, const std::uint8_t* m) {
         if (cover == MaskCover::All) return static_cast<void>(std::copy_n(from + first, part, to + first));
-        for (std::ptrdiff_t i = 0; i < part; ++i) to[first + i] = m[i] ? from[first + i] : to[first + i];
+        for (std::ptrdiff_t i = 0; i < part; ++i) {
+            const T entering = from[first + i];  // read under any mask: a choice of two values needs no branch
+            to[first + i] = m[i] ? entering : to[first + i];
+        }
     });
 }
 

@@ -13,12 +13,6 @@ namespace zetpxl {
 
 inline constexpr char kNeighbourhoodSource[] = "zetnlf";
 
-inline bool checkFilterImages(const Operation& op, const ZetImage* srcImage, const ZetImage* dstImage) {
-    if (ownCheckImage(srcImage) == ZET_StatusOk && ownCheckImage(dstImage) == ZET_StatusOk) return true;
-    reportIncorrectImage(op);
-    return false;
-}
-
 inline std::int32_t filteredChannels(const ZetImage* image) {
     if (regionCoi(image) != 0) return 1;
     return image->nChannels - (image->alphaChannel > 0 ? 1 : 0);

@@ -75,12 +75,7 @@ const char* argumentFault(const ZetImage* src, const ZetImage* dst, std::int32_t
 }
 
 bool ownMorphCheck(const Operation& op, const ZetImage* src, const ZetImage* dst, std::int32_t nIterations) {
-    const ZetImage* images[] = {src, dst};
-    for (const ZetImage* image : images)
-        if (ownCheckImage(image) != ZET_StatusOk) {
-            reportIncorrectImage(op);
-            return false;
-        }
+    if (!checkImages(op, {src, dst})) return false;
     const char* fault = argumentFault(src, dst, nIterations);
     if (fault) report(op, ZET_StatusBadArgument, fault);
     return !fault;

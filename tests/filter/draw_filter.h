@@ -7,7 +7,7 @@ namespace zetpxl::test {
 
 struct FilterRules {
     std::uint32_t depth = 0;  // 0: drawn
-    std::int32_t largest = 24;
+    std::int32_t largest = 40;
     bool mayBeInPlace = true;
     bool tiledInPlace = false;  // always
 };
@@ -32,6 +32,13 @@ inline void putRight(TestImage& src, TestImage& dst) {
     if (one) src.roi.coi = dst.roi.coi = 0;
 }
 
+// Taller than any band that an operation cuts rows into.
+inline void maybeTall(ImageShape& shape, Random& random) {
+    if (!random.oneIn(12)) return;
+    shape.width = random.between(1, 8);
+    shape.height = random.between(60, 220);
+}
+
 // Lined up so that tiles, regions and masks of both images cut each other at odd places.
 inline Filtered drawFiltered(Scene& scene, Random& random, const FilterRules& rules = {}) {
     const DrawRules draw{.largest = rules.largest};
@@ -39,6 +46,7 @@ inline Filtered drawFiltered(Scene& scene, Random& random, const FilterRules& ru
     if (rules.depth) first.depth = rules.depth;
     if (first.depth == ZET_DEPTH_1U) first.nChannels = 1;
     if (first.alphaChannel) first.alphaChannel = first.nChannels;
+    maybeTall(first, random);
     if (rules.tiledInPlace) tileSmall(first, random);
     if (rules.tiledInPlace && random.oneIn(2))
         for (std::int32_t& mode : first.borderMode) mode = random.below(3);

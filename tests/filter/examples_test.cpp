@@ -3,29 +3,11 @@
 
 #include <vector>
 
+#include "tests/support/grid.h"
 #include "tests/support/scratch.h"
 
 namespace zetpxl::test {
 namespace {
-
-// One row or more of samples of one channel, with borders that repeat the edge.
-template <class T>
-struct Grid {
-    std::vector<T> samples;
-    ZetImage image{};
-
-    Grid(std::uint32_t depth, std::int32_t width, std::vector<T> values) : samples(std::move(values)) {
-        image.nChannels = 1;
-        image.depth = depth;
-        image.align = 4;
-        image.width = width;
-        image.height = static_cast<std::int32_t>(samples.size()) / width;
-        image.widthStep = width * static_cast<std::int32_t>(sizeof(T));
-        image.imageSize = static_cast<std::int32_t>(samples.size() * sizeof(T));
-        image.imageData = samples.data();
-        for (std::int32_t& mode : image.borderMode) mode = ZET_BORDER_REPLICATE;
-    }
-};
 
 struct Kernel {
     ZetConvKernel* record;
@@ -44,7 +26,7 @@ std::vector<T> convolved(std::uint32_t depth, std::vector<T> samples, const std:
     const Recorder recorder(log);
     std::vector<const ZetConvKernel*> records;
     for (const Kernel* kernel : kernels) records.push_back(kernel->record);
-    Grid<T> src(depth, width ? width : static_cast<std::int32_t>(samples.size()), samples);
+    Grid<T> src(depth, width ? width : static_cast<std::int32_t>(samples.size()), samples, ZET_BORDER_REPLICATE);
     Grid<T> dst(depth, src.image.width, std::vector<T>(samples.size()));
     zetConvolve2D(&src.image, &dst.image, records.data(), static_cast<std::int32_t>(records.size()), method);
     EXPECT_TRUE(log.lines.empty()) << log.text();
@@ -97,7 +79,7 @@ TEST(ConvolveExample, SinglePrecisionShows) {
 
 template <class T>
 T blurredConstant(std::uint32_t depth, T value, std::int32_t side) {
-    Grid<T> image(depth, 10, std::vector<T>(100, value));
+    Grid<T> image(depth, 10, std::vector<T>(100, value), ZET_BORDER_REPLICATE);
     zetBlur(&image.image, &image.image, side, side, 0, side - 1);
     EXPECT_EQ(image.samples, std::vector<T>(100, image.samples[0]));
     return image.samples[0];
@@ -113,7 +95,7 @@ TEST(BlurExample, ConstantsMayComeOutOneLower) {
 }
 
 TEST(BlurExample, TruncatesTowardZeroFromItsAnchor) {
-    Grid<std::int8_t> image(ZET_DEPTH_8S, 4, {-3, -4, 7, 8});
+    Grid<std::int8_t> image(ZET_DEPTH_8S, 4, {-3, -4, 7, 8}, ZET_BORDER_REPLICATE);
     zetBlur(&image.image, &image.image, 2, 1, 0, 0);
     EXPECT_EQ(image.samples, (std::vector<std::int8_t>{-3, 1, 7, 8}));
 }
@@ -146,6 +128,7 @@ void expectBoundedByRows(bool inPlace, void (*call)(ZetImage*, ZetImage*)) {
 }
 
 TEST(FilterMemory, ConvolutionIsBoundedByRows) { expectBoundedByRows(false, &convolveWide); }
+TEST(FilterMemory, InPlaceConvolutionIsBoundedByRows) { expectBoundedByRows(true, &convolveWide); }
 TEST(FilterMemory, BlurIsBoundedByRows) { expectBoundedByRows(false, &blurWide); }
 TEST(FilterMemory, InPlaceBlurIsBoundedByRows) { expectBoundedByRows(true, &blurWide); }
 

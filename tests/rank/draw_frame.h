@@ -6,8 +6,9 @@
 namespace zetpxl::test {
 
 inline Filtered drawFrameImages(Scene& scene, Random& random) {
-    const DrawRules draw{.largest = 24};
-    const ImageShape first = drawShape(random, draw);
+    const DrawRules draw{.largest = 32};
+    ImageShape first = drawShape(random, draw);
+    maybeTall(first, random);
     const bool alike = !random.oneIn(6);
     TestImage& src = addOperand(scene, "src", first, random, draw);
     ImageShape shape = drawPartner(first, random, draw);
