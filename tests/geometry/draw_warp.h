@@ -1,6 +1,7 @@
 // Images and matrices for warps, drawn so that most calls go through and the source mostly lands on the destination.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -8,6 +9,16 @@
 #include "tests/filter/draw_filter.h"
 
 namespace zetpxl::test {
+
+// Regions of one column or row are refused at the source and show little at the destination.
+inline void widen(TestImage& src, TestImage& dst) {
+    for (ZetROI* roi : {&src.roi, &dst.roi}) {
+        if (roi->width < 3) roi->width += 9;
+        if (roi->height < 3) roi->height += 9;
+    }
+    src.roi.xOffset = std::max(0, std::min(src.roi.xOffset, src.shape.width - 2));
+    src.roi.yOffset = std::max(0, std::min(src.roi.yOffset, src.shape.height - 2));
+}
 
 inline Filtered drawWarpImages(Scene& scene, Random& random, bool mayTile = true) {
     const DrawRules draw{.tiles = mayTile, .masks = random.oneIn(4), .largest = 32};
@@ -20,10 +31,15 @@ inline Filtered drawWarpImages(Scene& scene, Random& random, bool mayTile = true
         shape.nChannels = first.nChannels;
         shape.alphaChannel = first.alphaChannel;
     }
+    if (random.oneIn(15)) {  // more than one of the cells that an untiled destination is cut into
+        shape.width = random.between(120, 290);
+        shape.height = random.between(1, 12);
+    }
     shape.roi = drawRegion(shape, random);
     TestImage& dst = scene.add("dst", shape, random, drawValues(random));
     maybeMask(scene, dst, random, draw);
     if (!random.oneIn(8)) putRight(src, dst);
+    if (!random.oneIn(8)) widen(src, dst);
     return {random.oneIn(60) ? &dst : &src, &dst};
 }
 
@@ -45,6 +61,12 @@ inline double drawOdd(Random& random) {
 using Linear = std::array<double, 4>;
 
 inline Linear drawLinear(Random& random) {
+    if (random.oneIn(25)) {  // a parallelogram far larger than any image
+        Linear huge{};
+        const double size = std::pow(10.0, random.between(2, 18));
+        for (double& number : huge) number = drawReal(random, size);
+        return huge;
+    }
     const double turn = drawReal(random, 3.2);
     const double size = random.oneIn(2) ? 1 : std::exp(drawReal(random, 1.5));
     switch (random.below(8)) {

@@ -7,6 +7,7 @@
 namespace zetpxl::test {
 namespace {
 
+// Not a number for an angle that is none.
 double normalised(double angle) {
     constexpr double k = 0.002777777777777778;
     if (!(angle * k > -2147483649.0 && angle * k < 2147483648.0)) angle = std::fmod(angle, 360.0);
@@ -27,7 +28,7 @@ Turn turnOf(double a) {
     if (a == 180) return {-1, 0};
     if (a == 270) return {0, -1};
     const double r = a * 0.017453292519943295;
-    return std::isnan(r) ? Turn{r, r} : Turn{ownCos(r), ownSin(r)};
+    return {ownCos(r), ownSin(r)};
 }
 
 void copyTurned(ZetImage* src, ZetImage* dst, double a, double xShift, double yShift) {
@@ -66,6 +67,7 @@ void modelShear(Model& model, ZetImage* src, ZetImage* dst, const std::array<dou
 
 void modelRotate(Model& model, ZetImage* src, ZetImage* dst, const std::array<double, 3>& n, std::int32_t interpolate) {
     const double a = normalised(n[0]);
+    if (std::isnan(a)) return;
     const bool tiles = (src && tiled(*src)) || (dst && tiled(*dst));
     if (isQuarter(a) && !tiles && std::floor(n[1]) == n[1] && std::floor(n[2]) == n[2])
         return turnExactly(model, src, dst, a, n[1], n[2]);
@@ -77,7 +79,7 @@ void modelRotate(Model& model, ZetImage* src, ZetImage* dst, const std::array<do
 
 void modelGetRotateShift(double xCenter, double yCenter, double angle, double* xShift, double* yShift) {
     const double a = normalised(angle);
-    if (a == 0) return;
+    if (a == 0 || std::isnan(a)) return;
     const Turn t = turnOf(a);
     double dx = xCenter - t.c * xCenter - t.s * yCenter;
     double dy = t.s * xCenter + yCenter - t.c * yCenter;
