@@ -49,17 +49,20 @@ struct Timing {
     double ratio;
 };
 
+// Each round has a ratio of its own, so that what slows the machine for a while slows both sides of it. Where rounds are few
+// each has several samples of the quick side.
 Timing compare(const Call& call, const Call& other) {
     const int callTimes = repeats(call);
     const int otherTimes = repeats(other);
-    std::vector<double> calls = {seconds(call, callTimes)};
-    std::vector<double> others = {seconds(other, otherTimes)};
-    const int count = rounds(calls[0] * callTimes);
+    const int count = rounds(seconds(call, callTimes) * callTimes);
+    std::vector<double> calls, ratios;
     while (static_cast<int>(calls.size()) < count) {
+        std::vector<double> others;
+        while (static_cast<int>(others.size()) < std::max(1, 9 / count)) others.push_back(seconds(other, otherTimes));
         calls.push_back(seconds(call, callTimes));
-        others.push_back(seconds(other, otherTimes));
+        ratios.push_back(calls.back() / median(others));
     }
-    return {median(calls), median(calls) / median(others)};
+    return {median(calls), median(ratios)};
 }
 
 Timing measure(const Row& row) {
