@@ -205,6 +205,7 @@ WarpCell cellAt(const WarpCall& w, const TileGrid& grid, std::int32_t c, std::in
     return cell;
 }
 
+// As the direct way, and false after a report, which need not have stored a status.
 bool warpCells(const WarpCall& w) {
     CellWalk walk{};
     walk.call = &w;
@@ -213,7 +214,7 @@ bool warpCells(const WarpCall& w) {
     const TileGrid grid = tileGrid(w.dst, w.dstRect.yMax - w.dstRect.yMin + 1, w.dstRect.xMax - w.dstRect.xMin + 1);
     for (std::int32_t r = 0; r < grid.y.count; ++r)
         for (std::int32_t c = 0; c < grid.x.count; ++c)
-            if (!warpCell(&walk, cellAt(w, grid, c, r))) return walk.hadRows;
+            if (!warpCell(&walk, cellAt(w, grid, c, r))) return false;
     return walk.hadRows;
 }
 
