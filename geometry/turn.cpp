@@ -10,6 +10,7 @@
 #include "core/check.h"
 #include "core/depth.h"
 #include "core/region.h"
+#include "geometry/turnbits.h"
 #include "geometry/warp.h"
 
 namespace zetpxl {
@@ -74,12 +75,6 @@ constexpr TurnSteps stepsOf(std::int32_t turn) {
     return {0, -1, 1, 0};
 }
 
-// The destination's pixels and the source pixel of the first.
-struct TurnArea {
-    std::int32_t dx, dy, width, height;
-    std::int32_t sx, sy;
-};
-
 // The source's corners in the destination, in 64 bits: shifts may be as large as a double's whole numbers are exact.
 struct Extent {
     double x0, y0, x1, y1;
@@ -104,17 +99,6 @@ bool intersect(const ZetRoiBounds& src, const ZetRoiBounds& dst, std::int32_t tu
     const auto word = [](double v) { return static_cast<std::int32_t>(v); };
     *area = {word(x0), word(y0), word(x1 - x0) + 1, word(y1 - y0) + 1, word(sx), word(sy)};
     return true;
-}
-
-void turnBits(const ZetImage* src, const ZetImage* dst, const TurnArea& area, const TurnSteps& steps) {
-    const SampleGrid from = sampleGrid(src, 0);
-    for (std::int32_t y = 0; y < area.height; ++y) {
-        std::uint8_t* row = pixelData(dst) + std::ptrdiff_t{area.dy + y} * dst->widthStep;
-        for (std::int32_t x = 0; x < area.width; ++x)
-            putBit(row, area.dx + x,
-                   bitAt(from, area.sx + x * steps.rightX + y * steps.downX,
-                         area.sy + x * steps.rightY + y * steps.downY));
-    }
 }
 
 void turnPixels(const ZetImage* src, const ZetImage* dst, const TurnArea& area, const TurnSteps& steps,
@@ -166,7 +150,7 @@ void turnExactly(const Operation& op, ZetImage* srcImage, ZetImage* dstImage, st
                       "Number of processed channels of srcImage != Number of processed channels of dstImage");
     TurnArea area{};
     if (srcProc == 0 || !intersect(src, dst, turn, xShift, yShift, &area)) return;
-    if (srcImage->depth == ZET_DEPTH_1U) return turnBits(srcImage, dstImage, area, stepsOf(turn));
+    if (srcImage->depth == ZET_DEPTH_1U) return turnBits(srcImage, dstImage, area, turn);
     turnPixels(srcImage, dstImage, area, stepsOf(turn), srcProc);
 }
 
