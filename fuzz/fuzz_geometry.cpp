@@ -1,18 +1,18 @@
-// Any matrix, quadrangle, angle or map: the geometric operations touch no memory but the images', whatever the numbers are.
+// Any matrices, quadrangles, angles and maps: warps, turns, shears and remaps stay inside their images.
 //
-// The input chooses operation, images and numbers; images are small and in blocks of exactly their own length, so that the
-// sanitizers see any step outside.
+// The input says which images there are and which numbers an operation gets. Pixels lie in blocks of their own, so that the
+// sanitizers see every step outside; tiles are handed out one block each.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "zetpxl.h"
 
 namespace {
 
-// What is left of the input; zeros behind its end.
 struct Input {
     const std::uint8_t* data;
     std::size_t size;
@@ -20,135 +20,172 @@ struct Input {
     template <class T>
     T take() {
         T value{};
-        const std::size_t part = std::min(size, sizeof(T));
-        std::memcpy(&value, data, part);
-        data += part;
-        size -= part;
+        const std::size_t count = std::min(sizeof value, size);
+        if (count > 0) std::memcpy(&value, data, count);
+        data += count;
+        size -= count;
         return value;
     }
     std::int32_t below(std::int32_t limit) { return take<std::uint8_t>() % limit; }
 };
 
-constexpr std::int32_t kTileSide = 8;
+using Block = std::unique_ptr<std::uint8_t[]>;
 
-// An image, its pixels in one block or in tiles of their own blocks.
 struct Picture {
-    ZetImage* image = nullptr;
+    ZetImage image{};
     ZetROI roi{};
     ZetTileInfo tiles{};
-    std::vector<std::vector<std::uint8_t>> blocks;
-    std::int32_t tileCols = 1;
+    std::vector<Block> blocks;
+    std::int32_t tileCols = 0;
+    std::int32_t failing = 0;  // this tile cannot be had
 };
 
-void handOut(ZetImage* image, std::int32_t col, std::int32_t row, std::int32_t mode) {
-    if (mode == ZET_TILE_RELEASE) return;
+void onTile(ZetImage* image, std::int32_t col, std::int32_t row, std::int32_t mode) {
     auto* picture = static_cast<Picture*>(image->tileInfo->id);
-    const auto index = static_cast<std::size_t>(row * picture->tileCols + col);
-    if (index >= picture->blocks.size()) std::abort();
-    image->tileInfo->tileData = picture->blocks[index].data();
+    const std::int32_t index = row * picture->tileCols + col;
+    if (col < 0 || row < 0 || col >= picture->tileCols) std::abort();
+    if (index >= static_cast<std::int32_t>(picture->blocks.size())) std::abort();
+    if (mode == ZET_TILE_RELEASE) return;
+    image->tileInfo->tileData =
+        index == picture->failing ? nullptr : picture->blocks[static_cast<std::size_t>(index)].get();
 }
 
-std::int32_t sampleBits(std::uint32_t depth) { return static_cast<std::int32_t>(depth & 0x7FFFFFFFu); }
-
-// Bytes of `width` columns and `height` rows, rows aligned to 4 bytes.
-std::size_t blockBytes(const ZetImage& image, std::int32_t width, std::int32_t height) {
-    const std::int32_t perRow = image.dataOrder == 0 ? width * image.nChannels : width;
-    const std::int32_t step = (perRow * sampleBits(image.depth) + 31) / 32 * 4;
-    return static_cast<std::size_t>(step * height * (image.dataOrder == 0 ? 1 : image.nChannels));
+std::int32_t rowBytes(const ZetImage& image, std::int32_t width) {
+    const std::int32_t channels = image.dataOrder == 0 ? image.nChannels : 1;
+    const auto bits = static_cast<std::int32_t>(image.depth & 0x7FFFFFFFu);
+    return (width * bits * channels + 31) / 32 * 4;
 }
 
-void addPixels(Input* input, Picture* picture, bool tiled) {
-    ZetImage* image = picture->image;
-    const std::int32_t tileRows = tiled ? (image->height + kTileSide - 1) / kTileSide : 1;
-    picture->tileCols = tiled ? (image->width + kTileSide - 1) / kTileSide : 1;
-    const std::size_t bytes =
-        tiled ? blockBytes(*image, kTileSide, kTileSide) : blockBytes(*image, image->width, image->height);
-    picture->blocks.resize(static_cast<std::size_t>(tileRows * picture->tileCols));
-    for (auto& block : picture->blocks) block.assign(bytes, input->take<std::uint8_t>());
-    if (!tiled) image->imageData = picture->blocks[0].data();
+Block blockOf(Input* input, std::int32_t bytes) {
+    Block block(new std::uint8_t[static_cast<std::size_t>(bytes)]);
+    const auto given = std::min<std::size_t>(input->size, static_cast<std::size_t>(bytes));
+    std::memset(block.get(), 0x5A, static_cast<std::size_t>(bytes));
+    if (given > 0) std::memcpy(block.get(), input->data, given);
+    return block;
 }
 
-void addRegion(Input* input, Picture* picture) {
-    picture->roi = {input->below(picture->image->nChannels + 1), input->below(40), input->below(40),
-                    1 + input->below(40), 1 + input->below(40)};
-    picture->image->roi = &picture->roi;
+void giveTiles(Picture* picture, Input* input) {
+    ZetImage& image = picture->image;
+    picture->tiles = {&onTile, picture, nullptr, 8 * (1 + input->below(3)), 8 * (1 + input->below(3))};
+    image.tileInfo = &picture->tiles;
+    picture->tileCols = (image.width - 1) / picture->tiles.width + 1;
+    const std::int32_t count = picture->tileCols * ((image.height - 1) / picture->tiles.height + 1);
+    picture->failing = input->below(64) - 1;
+    const std::int32_t planes = image.dataOrder == 0 ? 1 : image.nChannels;
+    const std::int32_t bytes = rowBytes(image, picture->tiles.width) * picture->tiles.height * planes;
+    for (std::int32_t i = 0; i < count; ++i) picture->blocks.push_back(blockOf(input, bytes));
 }
 
-void makePicture(Input* input, std::uint32_t depth, std::int32_t nChannels, std::int32_t order, Picture* picture) {
-    const bool tiled = input->below(3) == 0;
-    picture->tiles = {handOut, picture, nullptr, kTileSide, kTileSide};
-    picture->image = zetCreateImageHeader(nChannels, input->below(4) == 0 ? nChannels : 0, depth, "RGBA", "RGBA", order,
-                                          0, 4, 1 + input->below(40), 1 + input->below(40), nullptr, nullptr, nullptr,
-                                          tiled ? &picture->tiles : nullptr);
-    if (!picture->image) std::abort();
-    addPixels(input, picture, tiled);
-    if (input->below(3) == 0) addRegion(input, picture);
+void givePixels(Picture* picture, Input* input) {
+    ZetImage& image = picture->image;
+    const std::int32_t planes = image.dataOrder == 0 ? 1 : image.nChannels;
+    image.widthStep = rowBytes(image, image.width);
+    image.imageSize = image.widthStep * image.height * planes;
+    picture->blocks.push_back(blockOf(input, image.imageSize));
+    image.imageData = picture->blocks[0].get();
 }
 
-void makeMap(Input* input, Picture* picture) {
-    makePicture(input, ZET_DEPTH_32F, 1, 0, picture);
-    picture->image->alphaChannel = 0;
-    for (auto& block : picture->blocks)
-        for (std::size_t i = 0; i + sizeof(float) <= block.size(); i += sizeof(float)) {
-            const float position = input->below(4) ? static_cast<float>(input->below(80)) / 2 : input->take<float>();
-            std::memcpy(block.data() + i, &position, sizeof position);
-        }
-}
-
-// Everyday numbers most of the time, any others sometimes.
-double number(Input* input) {
-    return input->below(4) ? static_cast<double>(input->take<std::int8_t>()) / 16 : input->take<double>();
-}
-
-void callOperation(Input* input, ZetImage* src, ZetImage* dst) {
-    const std::int32_t interpolate = input->below(3) + (input->below(2) ? ZET_INTER_BLEND_EDGES : 0);
-    double numbers[8];
-    for (double& n : numbers) n = number(input);
-    double coeffs[6];
-    switch (input->below(5)) {
-        case 0:
-            return zetWarpAffine(src, dst, numbers, interpolate);
-        case 1:
-            return zetRotate(src, dst, input->below(2) ? 90.0 * input->below(5) : numbers[0], numbers[1], numbers[2],
-                             interpolate);
-        case 2:
-            return zetShear(src, dst, numbers[0], numbers[1], numbers[2], numbers[3], interpolate);
-        case 3:
-            std::fill_n(coeffs, 6, 0.5);
-            zetGetAffineTransform(src, coeffs, numbers);
-            zetSetErrStatus(0);
-            return zetWarpAffine(src, dst, coeffs, interpolate);
-        default:
-            break;
+void makePicture(Picture* picture, Input* input, std::uint32_t depth, std::int32_t channels, std::int32_t form) {
+    ZetImage& image = picture->image;
+    image.headerSize = static_cast<std::int32_t>(sizeof image);
+    image.nChannels = channels;
+    image.depth = depth;
+    image.dataOrder = form & 1;
+    image.align = 4;
+    image.width = 1 + input->below(48);
+    image.height = 1 + input->below(48);
+    if (input->below(24) == 0) image.width += 128;
+    if (input->below(3) == 0) {
+        picture->roi = {input->below(channels + 1), input->below(50), input->below(50), 1 + input->below(60),
+                        1 + input->below(60)};
+        image.roi = &picture->roi;
     }
-    Picture xMap;
-    Picture yMap;
-    makeMap(input, &xMap);
-    makeMap(input, &yMap);
-    zetRemap(src, xMap.image, yMap.image, dst, interpolate);
-    zetDeallocate(xMap.image, ZET_IMAGE_HEADER);
-    zetDeallocate(yMap.image, ZET_IMAGE_HEADER);
+    input->below(3) == 0 ? giveTiles(picture, input) : givePixels(picture, input);
+}
+
+// Any number at all, or one of those that images make sense of.
+double number(Input* input) {
+    const std::int32_t kind = input->below(8);
+    if (kind == 0) return input->take<double>();
+    if (kind == 1) return input->take<std::int8_t>();
+    if (kind == 2) return input->take<float>();
+    return input->take<std::int16_t>() / 512.0;
+}
+
+void fill(Picture* map, Input* input) {
+    const float base = static_cast<float>(number(input));
+    const float step = static_cast<float>(number(input));
+    for (const Block& block : map->blocks) {
+        const std::int32_t width = map->image.tileInfo ? map->tiles.width : map->image.width;
+        const std::int32_t height = map->image.tileInfo ? map->tiles.height : map->image.height;
+        auto* values = reinterpret_cast<float*>(block.get());
+        for (std::int32_t i = 0; i < width * height; ++i)
+            if (i % 7 != 0) values[i] = base + step * static_cast<float>(i % 61);
+    }
+}
+
+void warp(Picture* src, Picture* dst, Input* input, std::int32_t mode) {
+    double coeffs[6];
+    double quad[8];
+    const bool byQuad = input->below(2) == 0;
+    for (double& c : coeffs) c = number(input);
+    for (double& c : quad) c = number(input);
+    if (byQuad && input->below(8) != 0) {
+        quad[6] = quad[0] + quad[4] - quad[2];
+        quad[7] = quad[1] + quad[5] - quad[3];
+    }
+    if (byQuad) zetGetAffineTransform(&src->image, coeffs, quad);
+    zetSetErrStatus(0);
+    zetWarpAffine(&src->image, &dst->image, coeffs, mode);
+}
+
+void rotate(Picture* src, Picture* dst, Input* input, std::int32_t mode) {
+    const double angle = input->below(4) == 0 ? input->take<std::int8_t>() * 90.0 : number(input) * 8;
+    double x = number(input);
+    double y = number(input);
+    const double xCenter = number(input);
+    const double yCenter = number(input);
+    if (input->below(2) == 0) zetGetRotateShift(xCenter, yCenter, angle, &x, &y);
+    zetRotate(&src->image, &dst->image, angle, x, y, mode);
+}
+
+void shear(Picture* src, Picture* dst, Input* input, std::int32_t mode) {
+    const double xShear = number(input);
+    const double yShear = number(input);
+    const double xShift = number(input);
+    const double yShift = number(input);
+    zetShear(&src->image, &dst->image, xShear, yShear, xShift, yShift, mode);
+}
+
+void remap(Picture* src, Picture* dst, Input* input, std::int32_t mode) {
+    Picture maps[2];
+    for (Picture& map : maps) {
+        makePicture(&map, input, ZET_DEPTH_32F, 1, 0);
+        fill(&map, input);
+    }
+    zetRemap(&src->image, &maps[0].image, &maps[1].image, &dst->image, mode);
 }
 
 std::int32_t forget(std::int32_t status, const char*, const char*, const char*, std::int32_t) { return status; }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input{data, size};
+    const std::uint32_t depths[] = {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_16U, ZET_DEPTH_32F};
+    const std::uint32_t depth = depths[input.below(4)];
+    const std::int32_t channels = depth == ZET_DEPTH_1U ? 1 : 1 + input.below(3);
+    const std::int32_t form = input.below(2);
+    const std::int32_t mode = input.below(3) + 16 * input.below(2);
+    const std::int32_t operation = input.below(4);
+    Picture src, dst;
+    makePicture(&src, &input, depth, channels, form);
+    makePicture(&dst, &input, depth, channels, form);
+
     zetSetErrMode(ZET_ErrorModeParent);
     zetRedirectError(forget);
     zetSetErrStatus(0);
-    Input input{bytes, size};
-    const std::uint32_t depths[] = {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_16U, ZET_DEPTH_32F};
-    const std::uint32_t depth = depths[input.below(4)];
-    const std::int32_t nChannels = depth == ZET_DEPTH_1U ? 1 : 1 + input.below(4);
-    const std::int32_t order = input.below(2);
-    Picture src;
-    Picture dst;
-    makePicture(&input, depth, nChannels, order, &src);
-    makePicture(&input, depth, nChannels, order, &dst);
-    callOperation(&input, src.image, dst.image);
-    zetDeallocate(src.image, ZET_IMAGE_HEADER);
-    zetDeallocate(dst.image, ZET_IMAGE_HEADER);
+    void (*const operations[])(Picture*, Picture*, Input*, std::int32_t) = {warp, rotate, shear, remap};
+    operations[operation](&src, &dst, &input, mode);
     return 0;
 }

@@ -52,7 +52,7 @@ Pair drawPair(Scene& scene, Random& random) {
 void drawRgbNames(TestImage& image, Random& random) {
     const char* model = random.pick({"RGB", "RGBA", "RGBx"});
     const char* letters = random.pick({"RGB", "BGR", "RGBA", "BGRA", "RGBR", "BGRR", "RGBB", "BGRG"});
-    if (random.oneIn(30)) model = random.pick({"rgb ", "HLS", "R", "GRBA"});
+    if (random.oneIn(30)) model = random.pick({"rgb ", "HLS", "R\0\0", "GRBA"});
     if (random.oneIn(30)) letters = random.pick({"RBGx", "GBR", "\0GB"});
     rename(image, model, letters);
 }
