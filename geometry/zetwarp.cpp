@@ -193,11 +193,16 @@ bool warpCell(CellWalk* walk, const WarpCell& cell) {
     return goesOn;
 }
 
+// A cell may reach past what a word holds; the image does not.
+std::int32_t lastOf(std::int32_t first, std::int32_t size) {
+    return static_cast<std::int32_t>(std::min<std::int64_t>(std::int64_t{first} + size - 1, INT32_MAX));
+}
+
 WarpCell cellAt(const WarpCall& w, const TileGrid& grid, std::int32_t c, std::int32_t r) {
     WarpCell cell{grid.x.first + c, grid.y.first + r, {}, {}};
     cell.rect = {cell.col * grid.x.tileSize, cell.row * grid.y.tileSize, 0, 0};
-    cell.rect.xMax = cell.rect.xMin + (grid.x.tileSize - 1);
-    cell.rect.yMax = cell.rect.yMin + (grid.y.tileSize - 1);
+    cell.rect.xMax = lastOf(cell.rect.xMin, grid.x.tileSize);
+    cell.rect.yMax = lastOf(cell.rect.yMin, grid.y.tileSize);
     const bool tiled = w.dst->tileInfo != nullptr;
     const std::int32_t x = tiled ? grid.x.offset(c) : w.dstRect.xMin + grid.x.distance(c);
     const std::int32_t y = tiled ? grid.y.offset(r) : w.dstRect.yMin + grid.y.distance(r);
