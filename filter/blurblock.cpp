@@ -178,6 +178,13 @@ void exchangeRow(const Work<Mean>& w, const typename Mean::T* added, const typen
         columns[i] = (columns[i] + Mean::column(added[i * step])) - Mean::column(taken[i * step]);
 }
 
+// Whole numbers may take the difference first, which shortens the chain from sum to sum; other sums round at each step.
+constexpr std::uint32_t nextSum(std::uint32_t sum, std::uint32_t entering, std::uint32_t leaving) {
+    return sum + (entering - leaving);
+}
+
+double nextSum(double sum, double entering, double leaving) { return (sum + entering) - leaving; }
+
 // Sums of nCols columns along a row, for each channel that is stored.
 template <class Mean>
 void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
@@ -192,7 +199,7 @@ void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
         for (std::ptrdiff_t x = 0; x < w.piece->width; ++x) {
             sums[x * kept] = sum;
             const typename Mean::Column* leaving = columns + x * step + c;
-            sum = (sum + static_cast<Row>(leaving[reach])) - static_cast<Row>(*leaving);
+            sum = nextSum(sum, static_cast<Row>(leaving[reach]), static_cast<Row>(*leaving));
         }
     }
 }

@@ -51,8 +51,20 @@ void turnBlock(const TurnRun& run, std::int32_t x0, std::int32_t y0, std::int32_
     }
 }
 
+// A half turn of single samples: each row backward, which needs no blocks.
+template <class T>
+void reverseRows(const TurnRun& run) {
+    for (std::ptrdiff_t y = 0; y < run.height; ++y) {
+        const T* __restrict from = reinterpret_cast<const T*>(run.src + y * run.srcDown);
+        T* __restrict to = reinterpret_cast<T*>(run.dst + y * run.dstRowStep);
+        for (std::ptrdiff_t x = 0; x < run.width; ++x) to[x] = from[-x];
+    }
+}
+
 template <class T>
 void turnSamples(const TurnRun& run) {
+    constexpr auto bytes = static_cast<std::ptrdiff_t>(sizeof(T));
+    if (run.srcRight == -bytes && run.dstPixelStep == bytes) return reverseRows<T>(run);
     for (std::int32_t y = 0; y < run.height; y += kBlock)
         for (std::int32_t x = 0; x < run.width; x += kBlock)
             turnBlock<T>(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
