@@ -32,53 +32,50 @@ Reciprocal reciprocalOf(float inverse) {
     return {static_cast<std::uint64_t>(std::ldexp(fraction, 24)), 24 - exponent};
 }
 
-// Integer depths. Sums wrap in 32 bits and are used as signed numbers.
+// Sums of integers wrap in 32 bits and are used as signed numbers.
 template <class Sample>
-struct IntegerMean {
+struct WholeSums {
     using T = Sample;
     using Column = std::uint32_t;
     using Row = std::uint32_t;
     static constexpr bool truncatesFloats = false;
+
+    static Column column(T sample) { return static_cast<Column>(static_cast<std::int32_t>(sample)); }
+};
+
+template <class Sample>
+struct IntegerMean : WholeSums<Sample> {
     Reciprocal reciprocal;
 
     explicit IntegerMean(float inverse) : reciprocal(reciprocalOf(inverse)) {}
-    static Column column(T sample) { return static_cast<Column>(static_cast<std::int32_t>(sample)); }
-    T result(Row sum) const {
+    Sample result(std::uint32_t sum) const {
         const auto value = static_cast<std::int32_t>(sum);
         const std::uint64_t magnitude = value < 0 ? 0U - sum : sum;
         const auto mean = static_cast<std::int32_t>((magnitude * reciprocal.mantissa) >> reciprocal.shift);
-        return static_cast<T>(value < 0 ? -mean : mean);
+        return static_cast<Sample>(value < 0 ? -mean : mean);
     }
 };
 
 // The same where no sum passes 2^29: the product with the 24 bits of the reciprocal is exact in double, and a conversion
 // cuts it.
 template <class Sample>
-struct SmallSumMean {
-    using T = Sample;
-    using Column = std::uint32_t;
-    using Row = std::uint32_t;
-    static constexpr bool truncatesFloats = false;
+struct SmallSumMean : WholeSums<Sample> {
     double inverse;
 
     explicit SmallSumMean(float value) : inverse(static_cast<double>(value)) {}
-    static Column column(T sample) { return static_cast<Column>(static_cast<std::int32_t>(sample)); }
-    T result(Row sum) const {
-        return static_cast<T>(static_cast<std::int32_t>(static_cast<std::int32_t>(sum) * inverse));
+    Sample result(std::uint32_t sum) const {
+        return static_cast<Sample>(static_cast<std::int32_t>(static_cast<std::int32_t>(sum) * inverse));
     }
 };
 
 // One bit, a byte each here: 1 from exactly one half on.
-struct BitMean {
-    using T = std::uint8_t;
-    using Column = std::uint32_t;
-    using Row = std::uint32_t;
-    static constexpr bool truncatesFloats = false;
+struct BitMean : WholeSums<std::uint8_t> {
     Reciprocal reciprocal;
 
     explicit BitMean(float inverse) : reciprocal(reciprocalOf(inverse)) {}
-    static Column column(T sample) { return sample; }
-    T result(Row sum) const { return (sum * reciprocal.mantissa) >> (reciprocal.shift - 1) != 0 ? T{1} : T{0}; }
+    std::uint8_t result(std::uint32_t sum) const {
+        return (sum * reciprocal.mantissa) >> (reciprocal.shift - 1) != 0 ? 1 : 0;
+    }
 };
 
 struct FloatMean {

@@ -1,9 +1,13 @@
 // Filters worked out by hand, what they refuse, and how little memory they take.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "tests/support/grid.h"
+#include "tests/support/random.h"
 #include "tests/support/scratch.h"
 
 namespace zetpxl::test {
@@ -98,6 +102,48 @@ TEST(BlurExample, TruncatesTowardZeroFromItsAnchor) {
     Grid<std::int8_t> image(ZET_DEPTH_8S, 4, {-3, -4, 7, 8}, ZET_BORDER_REPLICATE);
     zetBlur(&image.image, &image.image, 2, 1, 0, 0);
     EXPECT_EQ(image.samples, (std::vector<std::int8_t>{-3, 1, 7, 8}));
+}
+
+// Means of replicated borders by the rule itself: the exact sum times the rounded reciprocal, cut.
+template <class T>
+std::vector<T> exactMeans(const std::vector<T>& samples, std::int32_t width, std::int32_t nCols, std::int32_t nRows) {
+    const auto height = static_cast<std::int32_t>(samples.size()) / width;
+    const auto inverse = static_cast<float>(1.0 / (double{1} * nCols * nRows));
+    std::vector<T> means;
+    for (std::int32_t y = 0; y < height; ++y)
+        for (std::int32_t x = 0; x < width; ++x) {
+            std::int64_t sum = 0;
+            for (std::int32_t r = y; r < y + nRows; ++r)
+                for (std::int32_t c = x; c < x + nCols; ++c)
+                    sum += samples[static_cast<std::size_t>(std::min(r, height - 1) * width + std::min(c, width - 1))];
+            means.push_back(static_cast<T>(static_cast<std::int64_t>(static_cast<long double>(sum) * inverse)));
+        }
+    return means;
+}
+
+// Windows on both sides of the size from which sums need more than a double's exact products.
+template <class T>
+void expectExactMeans(std::uint32_t depth, std::int32_t width, std::int32_t nCols, std::int32_t nRows) {
+    Random random(static_cast<std::uint64_t>(nCols) * 1000 + depth);
+    std::vector<T> samples;
+    for (std::int32_t i = 0; i < width * 3; ++i)
+        samples.push_back(
+            static_cast<T>(random.oneIn(3) ? std::numeric_limits<T>::max() - random.below(9) : random.word()));
+    const std::vector<T> expected = exactMeans(samples, width, nCols, nRows);
+    Grid<T> image(depth, width, samples, ZET_BORDER_REPLICATE);
+    zetBlur(&image.image, &image.image, nCols, nRows, 0, 0);
+    EXPECT_EQ(image.samples, expected) << depth << " by " << nCols << "x" << nRows;
+}
+
+TEST(BlurExample, LargeWindowsAreExactOnBothSidesOfTheBound) {
+    for (const std::int32_t nRows : {63, 64, 65, 130}) {
+        expectExactMeans<std::uint16_t>(ZET_DEPTH_16U, 40, 128, nRows);
+        expectExactMeans<std::int16_t>(ZET_DEPTH_16S, 40, 128, nRows);
+    }
+    for (const std::int32_t nRows : {1023, 1024, 1025}) {
+        expectExactMeans<std::uint8_t>(ZET_DEPTH_8U, 3, 2048, nRows);
+        expectExactMeans<std::int8_t>(ZET_DEPTH_8S, 3, 2048, nRows);
+    }
 }
 
 TEST(BlurExample, MoreThanCanBeCounted) {
