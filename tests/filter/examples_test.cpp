@@ -54,6 +54,29 @@ TEST(ConvolveExample, ShiftRoundsDown) {
     EXPECT_EQ(convolved<std::int8_t>(ZET_DEPTH_8S, {-3, 3}, {&half}, 0), (std::vector<std::int8_t>{-2, 1}));
 }
 
+// More weights than are summed at a time, over rows longer than a tile of sums.
+TEST(ConvolveExample, LargeKernelsSumAllTheirWeights) {
+    constexpr std::int32_t side = 13;
+    constexpr std::int32_t width = 70;
+    Random random(13);
+    std::vector<std::int32_t> weights(side * side);
+    for (std::int32_t& weight : weights) weight = random.between(-3, 3);
+    Bytes samples(width * 5);
+    for (std::uint8_t& sample : samples) sample = static_cast<std::uint8_t>(random.below(256));
+    const auto at = [&](std::int32_t y, std::int32_t x) {
+        return samples[static_cast<std::size_t>(std::clamp(y, 0, 4) * width + std::clamp(x, 0, width - 1))];
+    };
+    Bytes expected;
+    for (std::int32_t i = 0; i < width * 5; ++i) {
+        std::int32_t sum = 0;
+        for (std::int32_t k = 0; k < side * side; ++k)
+            sum += weights[static_cast<std::size_t>(k)] * at(i / width + 6 - k / side, i % width + 6 - k % side);
+        expected.push_back(static_cast<std::uint8_t>(std::clamp(sum >> 4, 0, 255)));
+    }
+    const Kernel kernel(side, side, 6, 6, weights, 4);
+    EXPECT_EQ(convolved<std::uint8_t>(ZET_DEPTH_8U, samples, {&kernel}, 0, width), expected);
+}
+
 TEST(ConvolveExample, OneKernelByMethod) {
     const Kernel minus(1, 1, 0, 0, {-1});
     const Kernel shifted(1, 1, 0, 0, {-2}, 1);

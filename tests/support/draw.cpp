@@ -64,6 +64,10 @@ ImageShape drawShape(Random& random, const DrawRules& rules) {
     shape.align = random.pick({4, 8, 16, 32});
     shape.width = drawSide(random, rules.largest);
     shape.height = drawSide(random, rules.largest);
+    if (random.oneIn(40)) {  // wider than any piece that an operation cuts rows into
+        shape.width = random.between(400, 1300);
+        shape.height = random.between(1, 5);
+    }
     if (rules.tiles && random.oneIn(3)) drawTiles(shape, random);
     if (random.oneIn(5)) shape.extraStep = random.between(1, 3);
     shape.cutTail = random.oneIn(3);
