@@ -534,6 +534,28 @@ ZET_API void zetGetRotateShift(double xCenter, double yCenter, double angle, dou
  * the number of processed channels, "Error get tile to write" and Backtrace as there. */
 ZET_API void zetRemap(ZetImage* srcImage, ZetImage* xMap, ZetImage* yMap, ZetImage* dstImage, int32_t interpolate);
 
+/* Shrinks the source region into the destination region by xDst / xSrc and yDst / ySrc, each at most 1. Column i and row j
+ * of the region come from source position (i * xSrc / xDst, j * ySrc / yDst) of the source's region: position 0 is the centre
+ * of the first pixel, no half-pixel shift. As many pixels are made as the scaled source region has and the destination's
+ * takes; the rest stays. Samples beyond the source's region are read where interpolation reaches them, beyond the image the
+ * last ones. ZET_INTER_NN takes the sample below the position, which a factor that is not the reciprocal of a whole number
+ * shifts by 0.5; ZET_INTER_LINEAR and ZET_INTER_CUBIC cut fractions off (8U, 16U); ZET_INTER_SUPER averages the area that a
+ * pixel covers, rounded. Sources below 4 by 4, results of less than a pixel and, but for areas, two factors that are both
+ * reciprocals of whole numbers take ZET_INTER_NN, as does an area larger than the source's tiles. 1U: nearest or area, an
+ * area of at least half set bits is 1. Depths 1U, 8U, 16U, 32F; alpha is a channel like others. Masks and borders play no
+ * part. With tiles the source is walked tile by tile, with rectangles over several where an interpolation looks ahead.
+ * Refusals, in the name "Decimate": "Incorrect Image"; then each reported: ZET_StatusBadArgument "srcImage == dstImage",
+ * ZET_StatusBadDepth "srcImage->depth != dstImage->depth" and "depth != 1U, 8U, 16U or 32F", ZET_StatusBadOrigin
+ * "srcImage->origin != dstImage->origin", ZET_StatusBadOrder "srcImage->dataOrder != dstImage->dataOrder", ZET_StatusBadCoi
+ * "srcImage->roi->coi > 0 && dstImage->roi->coi == 0" and the reverse (the other image has more than one channel),
+ * ZET_StatusBadChannels "srcImage->nChannels != dstImage->nChannels", ZET_StatusBadArgument "interpolate != ZET_INTER_NN,
+ * ZET_INTER_LINEAR, ZET_INTER_CUBIC or ZET_INTER_SUPER", "xDst <= 0", "xSrc <= 0", "yDst <= 0", "ySrc <= 0", "xDst > xSrc",
+ * "yDst > ySrc"; then, with an old negative status too, the call ends. ZET_StatusInternal "srcImage->tileInfo->callBack
+ * crash" or "dstImage->tileInfo->callBack crash": what was made stays. ZET_StatusNoMemory "Can't create temporary buffer for
+ * interpolate = ZET_INTER_SUPER": the block at hand stays as it was. */
+ZET_API void zetDecimate(ZetImage* srcImage, ZetImage* dstImage, int32_t xDst, int32_t xSrc, int32_t yDst, int32_t ySrc,
+                         int32_t interpolate);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to
