@@ -45,7 +45,7 @@ inline Ratio drawRatio(Random& random, bool up, bool smallBlocks) {
 }
 
 // A size that holds what `size` pixels give, or a little more or less.
-inline std::int32_t scaled(std::int32_t size, const Ratio& ratio, Random& random) {
+inline std::int32_t scaledSize(std::int32_t size, const Ratio& ratio, Random& random) {
     if (ratio.src < 1 || ratio.dst < 1) return random.between(1, 40);
     const std::int64_t made = std::int64_t{size} * ratio.dst / ratio.src + random.between(-3, 6);
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(made, 1, 150));
@@ -69,8 +69,8 @@ inline void drawSquares(ImageShape& src, ImageShape& dst, const ZoomImages& rati
     dst.tileWidth = dst.tileHeight = 0;
     dst.width = wide ? random.between(60, 200) : random.between(1, 16);
     dst.height = wide ? random.between(1, 16) : random.between(60, 200);
-    src.width = scaled(dst.width, {ratios.x.src, ratios.x.dst}, random);
-    src.height = scaled(dst.height, {ratios.y.src, ratios.y.dst}, random);
+    src.width = scaledSize(dst.width, {ratios.x.src, ratios.x.dst}, random);
+    src.height = scaledSize(dst.height, {ratios.y.src, ratios.y.dst}, random);
 }
 
 inline void drawZoomRegions(ImageShape& src, ImageShape& dst, Random& random) {
@@ -85,13 +85,8 @@ inline void drawZoomRegions(ImageShape& src, ImageShape& dst, Random& random) {
     }
     if (random.oneIn(8)) return;
     const bool one = (src.roi && src.roi->coi) != (dst.roi && dst.roi->coi);
-    for (ImageShape* shape : {&src, &dst})
-        if (one && !(shape->roi && shape->roi->coi) && !random.oneIn(4)) {  // a channel to or from an only one
-            shape->nChannels = 1;
-            shape->alphaChannel = 0;
-        } else if (one && shape->roi) {
-            shape->roi->coi = std::min(shape->roi->coi, shape->nChannels);
-        }
+    for (ImageShape* shape : {&src, &dst})  // a channel to or from an only one
+        if (one && !(shape->roi && shape->roi->coi) && !random.oneIn(4)) shape->nChannels = 1, shape->alphaChannel = 0;
 }
 
 // Of the source's masks only interleaved ones can be scaled.
@@ -109,22 +104,30 @@ inline void drawZoomMask(Scene& scene, TestImage& image, Random& random) {
     mask.shape.roi = mask.roi;
 }
 
-inline ZoomImages drawZoomImages(Scene& scene, Random& random, bool mayShrink) {
-    ImageShape first = drawZoomSource(random);
-    const bool squares = random.oneIn(7);
-    ZoomImages images{};
+inline ImageShape drawZoomTarget(const ImageShape& src, const ZoomImages& ratios, Random& random) {
+    ImageShape shape = drawPartner(src, random, {.largest = 32});
+    if (!random.oneIn(10)) shape.nChannels = src.nChannels, shape.alphaChannel = src.alphaChannel;
+    if (shape.depth == ZET_DEPTH_1U) shape.nChannels = 1;
+    if (shape.alphaChannel) shape.alphaChannel = shape.nChannels;
+    if (random.oneIn(4)) return shape;
+    shape.width = scaledSize(src.width, ratios.x, random);
+    shape.height = scaledSize(src.height, ratios.y, random);
+    return shape;
+}
+
+inline void drawZoomRatios(ZoomImages& images, bool mayShrink, bool smallBlocks, Random& random) {
     for (Ratio* ratio : {&images.x, &images.y}) {
         const bool up = mayShrink ? random.oneIn(3) : !random.oneIn(50);
-        *ratio = drawRatio(random, up, squares || first.tileWidth);
+        *ratio = drawRatio(random, up, smallBlocks);
     }
-    ImageShape second = drawPartner(first, random, {.largest = 32});
-    if (!random.oneIn(10)) second.nChannels = first.nChannels, second.alphaChannel = first.alphaChannel;
-    if (!random.oneIn(4)) {
-        second.width = scaled(first.width, images.x, random);
-        second.height = scaled(first.height, images.y, random);
-    }
-    if (second.depth == ZET_DEPTH_1U) second.nChannels = 1;
-    if (second.alphaChannel) second.alphaChannel = second.nChannels;
+}
+
+inline ZoomImages drawZoomImages(Scene& scene, Random& random, bool mayShrink) {
+    ZoomImages images{};
+    ImageShape first = drawZoomSource(random);
+    const bool squares = random.oneIn(7);
+    drawZoomRatios(images, mayShrink, squares || first.tileWidth, random);
+    ImageShape second = drawZoomTarget(first, images, random);
     if (squares) drawSquares(first, second, images, random);
     drawZoomRegions(first, second, random);
     images.src = &scene.add("src", first, random, drawValues(random));

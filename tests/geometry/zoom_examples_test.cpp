@@ -73,6 +73,12 @@ TEST(ZoomExample, CubicThroughFourSamples) {
     EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 7), (Bytes{0, 0, 0, 120, 240, 255, 240}));
 }
 
+TEST(ZoomExample, SuperAverages) {
+    Bytes rows;
+    for (std::int32_t i = 0; i < 4; ++i) rows.insert(rows.end(), {10, 20, 30, 60});
+    EXPECT_EQ(resized(rows, 4, {1, 2, 1, 2}, ZET_INTER_SUPER, Bytes(4), 2), (Bytes{15, 45, 15, 45}));
+}
+
 // ---- masks, alpha, bits
 
 TEST(ZoomExample, BothMasksLetAPixelThrough) {

@@ -23,7 +23,8 @@ Call drawResize(Scene& scene, Random& random) {
     const auto [x, y] = std::pair{images.x, images.y};
     ZetImage* src = random.oneIn(150) ? nullptr : &images.src->record;
     ZetImage* dst = random.oneIn(150) ? nullptr : &images.dst->record;
-    const std::int32_t mode = random.oneIn(40) ? random.pick({-1, 4, 16, 18}) : random.below(3);
+    std::int32_t mode = random.oneIn(40) ? random.pick({-1, 4, 16, 18}) : random.below(3);
+    if (random.oneIn(8)) mode = ZET_INTER_SUPER;
     return {textOf(images) + "mode " + std::to_string(mode),
             [=] { return zetResize(src, dst, x.dst, x.src, y.dst, y.src, mode), ""; },
             [=](Model& model) { return modelResize(model, src, dst, x.dst, x.src, y.dst, y.src, mode), ""; }};

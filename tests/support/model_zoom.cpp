@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/support/model_decimate.h"
 #include "tests/support/model_rect.h"
 #include "tests/support/model_tiles.h"
 #include "tests/support/model_zoomblock.h"
@@ -283,7 +284,10 @@ void modelResize(Model& model, ZetImage* src, ZetImage* dst, std::int32_t xDst, 
     const char* source = "zetresiz";
     if (interpolate == ZET_INTER_SUPER && (xDst > xSrc || yDst > ySrc))
         return model.report(ZET_StatusBadArgument, name, "(xDst > xSrc || yDst > ySrc)", source);
-    zoom(model, src, dst, {xDst, xSrc, yDst, ySrc}, interpolate);
+    if (interpolate == ZET_INTER_SUPER)
+        modelDecimate(model, src, dst, xDst, xSrc, yDst, ySrc, interpolate);
+    else
+        zoom(model, src, dst, {xDst, xSrc, yDst, ySrc}, interpolate);
     if (model.status < 0) model.report(ZET_StatusBacktrace, name, "", source);
 }
 
