@@ -51,10 +51,15 @@ TEST(ZoomExample, LinearMeetsTheLastSample) {
               (Bytes{0, 70, 10, 80}));
 }
 
+template <class T>
+std::vector<T> fourTimes(const std::vector<T>& row) {
+    std::vector<T> rows;
+    for (std::int32_t i = 0; i < 4; ++i) rows.insert(rows.end(), row.begin(), row.end());
+    return rows;
+}
+
 std::vector<float> cubicRow(const std::vector<float>& row) {
-    std::vector<float> samples;
-    for (std::int32_t i = 0; i < 4; ++i) samples.insert(samples.end(), row.begin(), row.end());
-    Grid<float> src(ZET_DEPTH_32F, 4, samples);
+    Grid<float> src(ZET_DEPTH_32F, 4, fourTimes(row));
     Grid<float> dst(ZET_DEPTH_32F, 7, std::vector<float>(28, -9.0f));
     zetZoom(&src.image, &dst.image, 7, 4, 1, 1, ZET_INTER_CUBIC);
     return {dst.samples.begin() + 14, dst.samples.begin() + 21};
@@ -67,15 +72,12 @@ TEST(ZoomExample, CubicThroughFourSamples) {
     for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(made[i], expected[i], 1e-4f) << i;
     EXPECT_EQ(made[0], 0.0f);
     EXPECT_EQ(made[6], 100.0f);
-    Bytes rows;
-    for (std::int32_t i = 0; i < 4; ++i) rows.insert(rows.end(), {0, 0, 240, 240});
-    const Bytes bytes = resized(rows, 4, {7, 4, 1, 1}, ZET_INTER_CUBIC, Bytes(28), 7);
+    const Bytes bytes = resized(fourTimes(Bytes{0, 0, 240, 240}), 4, {7, 4, 1, 1}, ZET_INTER_CUBIC, Bytes(28), 7);
     EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + 7), (Bytes{0, 0, 0, 120, 240, 255, 240}));
 }
 
 TEST(ZoomExample, SuperAverages) {
-    Bytes rows;
-    for (std::int32_t i = 0; i < 4; ++i) rows.insert(rows.end(), {10, 20, 30, 60});
+    const Bytes rows = fourTimes(Bytes{10, 20, 30, 60});
     EXPECT_EQ(resized(rows, 4, {1, 2, 1, 2}, ZET_INTER_SUPER, Bytes(4), 2), (Bytes{15, 45, 15, 45}));
 }
 
