@@ -1,0 +1,240 @@
+// Shrinking against the model, and worked out by hand.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "tests/geometry/draw_scale.h"
+#include "tests/support/grid.h"
+#include "tests/support/model_decimate.h"
+#include "tests/support/refusals.h"
+
+namespace zetpxl::test {
+namespace {
+
+constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max();
+
+struct Factor {
+    std::int32_t dst, src;
+};
+
+Factor drawFactor(Random& random) {
+    switch (random.below(12)) {
+        case 0:
+            return random.pick<Factor>({{kLargest, kLargest}, {kLargest - 1, kLargest}, {1000000007, 2000000000}});
+        case 1:
+            return {random.between(30, 60), 60};
+        case 2: {
+            const std::int32_t dst = random.between(1, 9);
+            return {dst, dst + random.below(3 * dst)};
+        }
+        default:
+            return random.pick<Factor>({{1, 1},
+                                        {1, 2},
+                                        {2, 3},
+                                        {3, 7},
+                                        {5, 8},
+                                        {1, 9},
+                                        {37, 100},
+                                        {3, 4},
+                                        {99, 100},
+                                        {1, 3},
+                                        {6, 9},
+                                        {2, 17},
+                                        {4, 5}});
+    }
+}
+
+std::int32_t drawOddNumber(Random& random) {
+    return random.pick({0, -1, -7, kLargest, std::numeric_limits<std::int32_t>::min(), 1});
+}
+
+Call drawDecimate(Scene& scene, Random& random) {
+    const Filtered images = drawScaled(scene, random);
+    ZetImage* src = random.oneIn(100) ? nullptr : &images.src->record;
+    ZetImage* dst = random.oneIn(100) ? nullptr : &images.dst->record;
+    Factor x = drawFactor(random);
+    Factor y = random.oneIn(4) ? x : drawFactor(random);
+    if (random.oneIn(25)) random.pick({&x, &y})->src = drawOddNumber(random);
+    if (random.oneIn(25)) random.pick({&x, &y})->dst = drawOddNumber(random);
+    const std::int32_t mode = random.oneIn(40) ? random.pick({-1, 4, 16, 18}) : random.below(4);
+    const std::string numbers = std::to_string(x.dst) + "/" + std::to_string(x.src) + " " + std::to_string(y.dst) +
+                                "/" + std::to_string(y.src) + " mode " + std::to_string(mode);
+    return {numbers, [=] { return zetDecimate(src, dst, x.dst, x.src, y.dst, y.src, mode), ""; },
+            [=](Model& model) { return modelDecimate(model, src, dst, x.dst, x.src, y.dst, y.src, mode), ""; }};
+}
+
+TEST(Decimate, AgreesWithTheModel) { compareWithModel(&drawDecimate, {.compare = {.nanEqual = true}}); }
+TEST(Decimate, FailsCleanlyAtEveryStep) { failEveryStep(&drawDecimate); }
+
+// ---- refusals
+
+struct Pair {
+    Scene scene;
+    ZetImage *src, *dst;
+
+    explicit Pair(const ImageShape& shape = {.nChannels = 3, .width = 9, .height = 6}) {
+        Random random(9);
+        src = &scene.add("src", shape, random).record;
+        dst = &scene.add("dst", shape, random).record;
+    }
+};
+
+std::vector<std::string> linesOf(std::initializer_list<std::pair<std::int32_t, const char*>> refusals) {
+    std::vector<std::string> lines;
+    for (const auto& [status, words] : refusals) lines.push_back(reportLine(status, "Decimate", words, "zetdecim"));
+    return lines;
+}
+
+constexpr const char* kInterpolate =
+    "interpolate != ZET_INTER_NN, ZET_INTER_LINEAR, ZET_INTER_CUBIC or ZET_INTER_SUPER";
+
+// Every check after those of the records speaks, whatever others have said.
+TEST(Decimate, RefusesSeveralThingsAtOnce) {
+    Pair pair;
+    pair.src->depth = ZET_DEPTH_16S;
+    pair.src->origin = pair.src->dataOrder = 1;
+    pair.dst->nChannels = 2;
+    const Recorder recorder(pair.scene.log);
+    zetDecimate(pair.src, pair.dst, 0, -1, -1, 0, 4);
+    EXPECT_EQ(pair.scene.log.lines, linesOf({{-17, "srcImage->depth != dstImage->depth"},
+                                             {-17, "depth != 1U, 8U, 16U or 32F"},
+                                             {-20, "srcImage->origin != dstImage->origin"},
+                                             {-19, "srcImage->dataOrder != dstImage->dataOrder"},
+                                             {-15, "srcImage->nChannels != dstImage->nChannels"},
+                                             {-5, kInterpolate},
+                                             {-5, "xDst <= 0"},
+                                             {-5, "xSrc <= 0"},
+                                             {-5, "yDst <= 0"},
+                                             {-5, "ySrc <= 0"},
+                                             {-5, "xDst > xSrc"}}));
+}
+
+TEST(Decimate, RefusesOneThingAfterAnother) {
+    Pair pair;
+    ZetROI roi{2, 0, 0, 9, 6};
+    ZetImage* dst = pair.src;
+    pair.src->align = 5;
+    std::int32_t yDst = 3;
+    const auto call = [&] {
+        zetDecimate(pair.src, dst, 1, 2, yDst, 2, ZET_INTER_LINEAR);
+        return zetGetErrStatus();
+    };
+    const auto take = [&] {
+        dst = pair.dst;
+        pair.src->roi = &roi;
+        yDst = 2;
+    };
+    const auto other = [&] { std::swap(pair.src->roi, pair.dst->roi); };
+    expectRefusals(pair.scene.log, {"Decimate", "zetdecim", call},
+                   {{-21, "Incorrect Image", [&] { pair.src->align = 4, pair.dst->height = 0, dst = pair.dst; }},
+                    {-10, "Incorrect Image", [&] { pair.dst->height = 6, dst = pair.src, yDst = 2; }},
+                    {-5, "srcImage == dstImage", [&] { dst = pair.dst, yDst = 3; }},
+                    {-5, "yDst > ySrc", take},
+                    {-24, "srcImage->roi->coi > 0 && dstImage->roi->coi == 0", other},
+                    {-24, "dstImage->roi->coi > 0 && srcImage->roi->coi == 0", [&] { pair.src->roi = &roi; }}});
+}
+
+// ---- by hand
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes shrunk(const Bytes& samples, std::int32_t width, Factor x, Factor y, std::int32_t mode, const Bytes& background,
+             std::int32_t dstWidth) {
+    Grid<std::uint8_t> src(ZET_DEPTH_8U, width, samples);
+    Grid<std::uint8_t> dst(ZET_DEPTH_8U, dstWidth, background);
+    zetDecimate(&src.image, &dst.image, x.dst, x.src, y.dst, y.src, mode);
+    return dst.samples;
+}
+
+const Bytes kRow{10, 20, 41, 80, 150, 101, 60, 31};
+
+Bytes rows(std::initializer_list<Bytes> all) {
+    Bytes samples;
+    for (const Bytes& row : all) samples.insert(samples.end(), row.begin(), row.end());
+    return samples;
+}
+
+const Bytes kRows = rows({kRow, kRow, kRow, kRow});
+const Bytes kSevens(24, 7);
+
+TEST(DecimateExample, PositionsOfEachMode) {
+    const auto firstRow = [](std::int32_t mode, Factor x) {
+        const Bytes all = shrunk(kRows, 8, x, {1, 1}, mode, kSevens, 6);
+        return Bytes(all.begin(), all.begin() + 6);
+    };
+    EXPECT_EQ(firstRow(ZET_INTER_NN, {2, 3}), (Bytes{10, 41, 80, 101, 60, 7}));
+    EXPECT_EQ(firstRow(ZET_INTER_LINEAR, {2, 3}), (Bytes{10, 30, 80, 125, 60, 7}));
+    EXPECT_EQ(firstRow(ZET_INTER_CUBIC, {2, 4}), (Bytes{10, 41, 150, 60, 7, 7}));
+    EXPECT_EQ(firstRow(ZET_INTER_LINEAR, {1, 2}), (Bytes{10, 41, 150, 60, 7, 7}));
+    // 15, 60.5, 125.5, 45.5
+    EXPECT_EQ(firstRow(ZET_INTER_SUPER, {1, 2}), (Bytes{15, 61, 126, 46, 7, 7}));
+    EXPECT_EQ(firstRow(ZET_INTER_SUPER, {2, 3}), (Bytes{13, 34, 103, 117, 50, 7}));
+}
+
+// Between two samples of 255 the curve would reach 286, beside one of them -15.
+TEST(DecimateExample, CubicsStayWithinTheDepth) {
+    const Bytes row{0, 255, 255, 0, 0, 0, 255, 255};
+    const Bytes made = shrunk(rows({row, row, row, row}), 8, {2, 3}, {1, 1}, ZET_INTER_CUBIC, Bytes(20), 5);
+    EXPECT_EQ((Bytes(made.begin(), made.begin() + 5)), (Bytes{0, 255, 0, 0, 255}));
+}
+
+TEST(DecimateExample, EqualNumbersCopy) {
+    for (const std::int32_t mode : {ZET_INTER_NN, ZET_INTER_LINEAR, ZET_INTER_CUBIC, ZET_INTER_SUPER})
+        EXPECT_EQ(shrunk(kRows, 8, {5, 5}, {kLargest, kLargest}, mode, Bytes(32), 8), kRows) << mode;
+}
+
+TEST(DecimateExample, SmallSourcesAndSmallResults) {
+    const Bytes three{10, 20, 30, 10, 20, 30, 10, 20, 30, 10, 20, 30};
+    EXPECT_EQ(shrunk(three, 3, {2, 3}, {1, 2}, ZET_INTER_SUPER, Bytes(4), 2), (Bytes{10, 30, 10, 30}));
+    EXPECT_EQ(shrunk(kRows, 8, {1, 9}, {1, 1}, ZET_INTER_SUPER, kSevens, 6), kSevens);
+    // Only the corner that the destination has room for, from the same positions.
+    EXPECT_EQ(shrunk(kRows, 8, {1, 2}, {1, 2}, ZET_INTER_SUPER, Bytes(3), 3), (Bytes{15, 61, 126}));
+}
+
+// The last position is two thirds behind the region's third column; the curve takes the column behind the region too.
+TEST(DecimateExample, ReadsBehindTheRegion) {
+    Grid<std::uint8_t> src(ZET_DEPTH_8U, 8, kRows);
+    Grid<std::uint8_t> dst(ZET_DEPTH_8U, 6, kSevens);
+    ZetROI roi{0, 1, 0, 4, 1};
+    src.image.roi = &roi;
+    zetDecimate(&src.image, &dst.image, 3, 4, 1, 1, ZET_INTER_CUBIC);
+    EXPECT_EQ((Bytes(dst.samples.begin(), dst.samples.begin() + 7)), (Bytes{20, 51, 132, 7, 7, 7, 7}));
+}
+
+TEST(DecimateExample, BitsBesideTheRegionStay) {
+    Grid<std::uint8_t> src(ZET_DEPTH_1U, 4, Bytes(32, 0xFF));
+    Grid<std::uint8_t> dst(ZET_DEPTH_1U, 4, Bytes(16, 0x00));
+    for (ZetImage* image : {&src.image, &dst.image}) image->width = 32;
+    ZetROI roi{0, 3, 1, 15, 2};
+    dst.image.roi = &roi;
+    zetDecimate(&src.image, &dst.image, 1, 2, 1, 2, ZET_INTER_SUPER);
+    const Bytes row{0x1F, 0xFF, 0xC0, 0x00};
+    EXPECT_EQ(dst.samples, rows({Bytes(4), row, row, Bytes(4)}));
+}
+
+// Two of the four bits are half of a cell, one is not.
+TEST(DecimateExample, BitsOfAtLeastHalf) {
+    Grid<std::uint8_t> src(ZET_DEPTH_1U, 4, {0xA4, 0, 0, 0, 0xA0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0, 0, 0});
+    Grid<std::uint8_t> dst(ZET_DEPTH_1U, 4, Bytes(8, 0xFF));
+    for (ZetImage* image : {&src.image, &dst.image}) image->width = 8;
+    zetDecimate(&src.image, &dst.image, 1, 2, 1, 2, ZET_INTER_SUPER);
+    EXPECT_EQ(dst.samples, (Bytes{0xCF, 0xFF, 0xFF, 0xFF, 0xCF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(DecimateExample, OldFailuresStopIt) {
+    Pair pair;
+    const auto* sample = static_cast<std::uint8_t*>(pair.dst->imageData);
+    const std::uint8_t before = *sample;
+    *static_cast<std::uint8_t*>(pair.src->imageData) = static_cast<std::uint8_t>(~before);
+    {
+        const Recorder recorder(pair.scene.log, -3);
+        zetDecimate(pair.src, pair.dst, 1, 1, 1, 1, ZET_INTER_NN);
+    }
+    EXPECT_TRUE(pair.scene.log.lines.empty());
+    EXPECT_EQ(*sample, before);
+}
+
+}  // namespace
+}  // namespace zetpxl::test
