@@ -206,31 +206,37 @@ void areaPasses(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t f
                  reinterpret_cast<T*>(run.block->dst) + pass * run.block->dstChannelStep);
 }
 
+// False when memory cannot be had.
+template <class T>
+bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
+    const auto c0 = static_cast<std::ptrdiff_t>(block.xPos);
+    const auto r0 = static_cast<std::ptrdiff_t>(block.yPos);
+    const std::ptrdiff_t nColumns = areaExtent(shape.columns, block.xStep, c0, shape.srcColumns);
+    const std::ptrdiff_t nRows = areaExtent(shape.rows, block.yStep, r0, shape.srcRows);
+    const Block<float> sums = allocBlock<float>(nColumns * shape.nTogether);
+    const Block<std::int32_t> counts = allocBlock<std::int32_t>(shape.columns * 2);
+    const Block<double> shares = allocBlock<double>(shape.columns * 2);
+    if (!sums || !counts || !shares) return false;
+    AreaRun run{&block,
+                {0, counts.get(), counts.get() + shape.columns, shares.get(), shares.get() + shape.columns},
+                {sums.get(), nColumns, shape.nTogether, block.srcPixelStep},
+                shape.rows,
+                nRows,
+                1 / (static_cast<double>(block.yStep) * static_cast<double>(block.xStep))};
+    planCells(block, nColumns, shape.columns, &run.cells);
+    areaPasses<T>(run, shape, r0 * block.srcRowStep + c0 * block.srcPixelStep);
+    return true;
+}
+
 }  // namespace
 
 template <class T>
 std::int32_t ownDecimateSuper(DecimateBlock* block) {
     const DecimateShape shape = decimateShape(*block);
-    if (shape.columns < 1 || shape.rows < 1) return 1;
-    const auto c0 = static_cast<std::ptrdiff_t>(block->xPos);
-    const auto r0 = static_cast<std::ptrdiff_t>(block->yPos);
-    const std::ptrdiff_t nColumns = areaExtent(shape.columns, block->xStep, c0, shape.srcColumns);
-    const std::ptrdiff_t nRows = areaExtent(shape.rows, block->yStep, r0, shape.srcRows);
-    const Block<float> sums = allocBlock<float>(nColumns * shape.nTogether);
-    const Block<std::int32_t> counts = allocBlock<std::int32_t>(shape.columns * 2);
-    const Block<double> shares = allocBlock<double>(shape.columns * 2);
-    if (!sums || !counts || !shares) {
+    if (shape.columns > 0 && shape.rows > 0 && !makeAreas<T>(*block, shape)) {
         report(op, ZET_StatusNoMemory, "Can't create temporary buffer for interpolate = ZET_INTER_SUPER");
         return 0;
     }
-    AreaRun run{block,
-                {0, counts.get(), counts.get() + shape.columns, shares.get(), shares.get() + shape.columns},
-                {sums.get(), nColumns, shape.nTogether, block->srcPixelStep},
-                shape.rows,
-                nRows,
-                1 / (static_cast<double>(block->yStep) * static_cast<double>(block->xStep))};
-    planCells(*block, nColumns, shape.columns, &run.cells);
-    areaPasses<T>(run, shape, r0 * block->srcRowStep + c0 * block->srcPixelStep);
     block->xPos = static_cast<float>(static_cast<double>(block->xPos) +
                                      static_cast<double>(shape.columns) * static_cast<double>(block->xStep));
     block->yPos = static_cast<float>(static_cast<double>(block->yPos) +

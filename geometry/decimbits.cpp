@@ -98,17 +98,17 @@ double cellSum(const BitRows& bits, const CellSpan& x, const CellSpan& y) {
            static_cast<double>(right) * x.end + top.corners + bottom.corners;
 }
 
-bool isEmpty(const DecimateBlock& block) {
-    return block.dstWidthEnd < 1 || block.dstRowEnd < 1 || block.srcWidthEnd < 1 || block.srcRowEnd < 1;
-}
+bool hasNoSource(const DecimateBlock& block) { return block.srcWidthEnd < 1 || block.srcRowEnd < 1; }
 
 }  // namespace
 
 std::int32_t ownDecimateNN1U(DecimateBlock* block) {
-    if (isEmpty(*block)) return 1;
+    if (hasNoSource(*block)) return 1;
     const BitRows bits = sourceBits(*block);
     const float start = block->xPos + static_cast<float>(block->srcChannelStep);
     float x = start;
+    for (std::ptrdiff_t i = 0; i < block->dstWidthEnd; ++i) x += block->xStep;
+    block->xPos = x - static_cast<float>(block->srcChannelStep);
     double y = static_cast<double>(block->yPos);
     std::uint8_t* dst = block->dst;
     for (std::ptrdiff_t j = 0; j < block->dstRowEnd; j += block->dstRowStep, dst += block->dstRowStep >> 3) {
@@ -118,13 +118,12 @@ std::int32_t ownDecimateNN1U(DecimateBlock* block) {
             putBit(dst, block->dstChannelStep + i, bitOf(bits, row, static_cast<std::ptrdiff_t>(x)));
         y += static_cast<double>(block->yStep);
     }
-    block->xPos = x - static_cast<float>(block->srcChannelStep);
     block->yPos = static_cast<float>(y);
     return 1;
 }
 
 std::int32_t ownDecimateSuper1U(DecimateBlock* block) {
-    if (isEmpty(*block)) return 1;
+    if (hasNoSource(*block)) return 1;
     const BitRows bits = sourceBits(*block);
     const auto xStep = static_cast<double>(block->xStep);
     const auto yStep = static_cast<double>(block->yStep);

@@ -232,9 +232,21 @@ void splitColumn(DecimateBlock* block, DecimateBlock* first, std::ptrdiff_t samp
     block->dstWidthEnd -= block->dstPixelStep;
 }
 
+float positionBehind(float position, float step, std::ptrdiff_t count) {
+    auto sum = static_cast<double>(position);
+    for (std::ptrdiff_t i = 0; i < count; ++i) sum += static_cast<double>(step);
+    return static_cast<float>(sum);
+}
+
+// A block without pixels moves the positions on all the same.
+void passBlock(DecimateBlock* block) {
+    block->xPos = positionBehind(block->xPos, block->xStep, block->dstWidthEnd / block->dstPixelStep);
+    block->yPos = positionBehind(block->yPos, block->yStep, block->dstRowEnd / block->dstRowStep);
+}
+
 template <class T, class XTaps, class YTaps>
 void makeBlock(DecimateBlock* block) {
-    if (block->dstWidthEnd < 1 || block->dstRowEnd < 1) return;
+    if (block->dstWidthEnd < 1 || block->dstRowEnd < 1) return passBlock(block);
     DecimateBlock rest = *block;
     DecimateBlock first;
     if constexpr (YTaps::kCount > 1) {

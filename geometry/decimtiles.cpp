@@ -2,7 +2,8 @@
 //   walk.1 a block of the nearest sample ends where its positions leave the tile
 //   walk.2 interpolations look ahead of the tile, so their rectangles reach into the next ones; those of the cubic start a step
 //          before the tile where the walk begins, so that a sample left of the first position is there
-//   walk.3 positions are counted in pixels of the image here, and from the tile's or rectangle's corner in a kernel
+//   walk.3 positions are counted in pixels of the image here, and from the tile's or rectangle's corner in a kernel; on the
+//          way from one to the other each is a single precision number
 #include <algorithm>
 
 #include "core/check.h"
@@ -33,6 +34,8 @@ std::int32_t truncated(double value) {
     return static_cast<std::int32_t>(std::clamp(value, -2147483648.0, 2147483647.0));
 }
 
+double single(double value) { return static_cast<double>(static_cast<float>(value)); }
+
 // One axis of a walk over tiles.
 struct TileAxis {
     double start;     // of the first pixel, in pixels of the image
@@ -56,9 +59,9 @@ std::int32_t TileAxis::nearestEnd(std::int32_t tile) const {
 }
 
 std::int32_t TileAxis::paddedEnd(std::int32_t tile, std::int32_t done, double inside) const {
-    std::int32_t end = std::max(done, truncated((tileEdge(*this, tile + 1) + ahead() - start) / step));
-    if ((end - done) * step + inside < ahead() + tileSize) ++end;
-    return std::min(count, end);
+    std::int64_t end = truncated((tileEdge(*this, tile + 1) + ahead() - start) / step);
+    if (static_cast<double>(end - done) * step + inside < ahead() + tileSize) ++end;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(end, done, count));
 }
 
 // The first tile, before the pads lose their sign.
@@ -69,7 +72,7 @@ std::int32_t firstTile(const TileAxis& axis) {
 
 TileAxis tileAxis(float position, std::int32_t offset, float step, std::int32_t tileSize, std::int32_t pad,
                   std::ptrdiff_t count) {
-    const double start = static_cast<double>(offset) + static_cast<double>(position);
+    const double start = single(static_cast<double>(offset) + static_cast<double>(position));
     return {start, start, static_cast<double>(step), offset, tileSize, pad, static_cast<std::int32_t>(count)};
 }
 
@@ -199,7 +202,7 @@ struct Band {
 };
 
 Band nearestBand(const TileAxis& axis, std::int32_t tile, std::int32_t done) {
-    return {tile, done, std::max(done, axis.nearestEnd(tile)), axis.position - tileEdge(axis, tile)};
+    return {tile, done, std::max(done, axis.nearestEnd(tile)), single(axis.position - tileEdge(axis, tile))};
 }
 
 std::int32_t nearestTile(const TileWalk& walk, const Band& x, const Band& y) {
@@ -214,7 +217,7 @@ std::int32_t nearestTile(const TileWalk& walk, const Band& x, const Band& y) {
 }
 
 Band paddedBand(const TileAxis& axis, std::int32_t tile, std::int32_t done) {
-    const double inside = std::max(0.0, axis.position - tileEdge(axis, tile));
+    const double inside = std::max(0.0, single(axis.position - tileEdge(axis, tile)));
     return {tile, done, axis.paddedEnd(tile, done, inside), inside};
 }
 
@@ -244,8 +247,8 @@ std::int32_t walkTileRow(TileWalk* walk, const Band& y, BandRule band, TileRule 
     for (std::int32_t tile = firstTile(walk->x); done < walk->x.count; ++tile) {
         const Band x = band(walk->x, tile, done);
         if (!make(*walk, x, y)) return 0;
-        walk->x.position = static_cast<double>(walk->block->xPos) + tileEdge(walk->x, tile);
-        yNext = static_cast<double>(walk->block->yPos) + tileEdge(walk->y, y.tile);
+        walk->x.position = single(static_cast<double>(walk->block->xPos) + tileEdge(walk->x, tile));
+        yNext = single(static_cast<double>(walk->block->yPos) + tileEdge(walk->y, y.tile));
         done = x.to;
     }
     walk->y.position = yNext;
