@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/geometry/draw_scale.h"
+#include "tests/support/allocations.h"
 #include "tests/support/grid.h"
 #include "tests/support/model_decimate.h"
 #include "tests/support/refusals.h"
@@ -134,6 +135,31 @@ TEST(Decimate, RefusesOneThingAfterAnother) {
                     {-5, "yDst > ySrc", take},
                     {-24, "srcImage->roi->coi > 0 && dstImage->roi->coi == 0", other},
                     {-24, "dstImage->roi->coi > 0 && srcImage->roi->coi == 0", [&] { pair.src->roi = &roi; }}});
+}
+
+// A block that gets no memory stays as it was, and the next one is made.
+TEST(Decimate, GoesOnWithoutMemory) {
+    Scene scene;
+    Random random(9);
+    ImageShape shape{.width = 16, .height = 8};
+    ZetImage* src = &scene.add("src", shape, random).record;
+    shape.tileWidth = shape.tileHeight = 8;
+    TestImage& dst = scene.add("dst", shape, random);
+    const std::uint8_t before = *dst.tileAt(0, 0)->data();
+    *static_cast<std::uint8_t*>(src->imageData) = static_cast<std::uint8_t>(~before);
+    const Recorder recorder(scene.log);
+    {
+        const AllocationWatch watch(1);
+        zetDecimate(src, &dst.record, 1, 1, 1, 1, ZET_INTER_SUPER);
+    }
+    EXPECT_EQ(scene.log.lines,
+              (std::vector<std::string>{
+                  "write dst 0 0",
+                  reportLine(ZET_StatusNoMemory, "zetDecimate",
+                             "Can't create temporary buffer for interpolate = ZET_INTER_SUPER", "owndecim"),
+                  "release dst 0 0", "write dst 1 0", "release dst 1 0"}));
+    scene.allow(GuardedBuffer::Access::kAll);
+    EXPECT_EQ(*dst.tileAt(0, 0)->data(), before);
 }
 
 // ---- by hand
