@@ -55,8 +55,7 @@ inline void widenRegion(TestImage& image, Random& random) {
 }
 
 // Weights that add up to a little more than one show in samples that are all as large as can be.
-inline void maybeWhite(TestImage& image, Random& random) {
-    if (!random.oneIn(12) || image.shape.depth == ZET_DEPTH_32F) return;
+inline void whiten(TestImage& image) {
     for (const auto& buffer : image.buffers) {
         buffer->allow(GuardedBuffer::Access::kData);
         std::fill_n(buffer->data(), buffer->size(), std::uint8_t{0xFF});
@@ -68,7 +67,7 @@ inline Filtered drawScaled(Scene& scene, Random& random) {
     const DrawRules draw{.masks = random.oneIn(6), .largest = 48};
     const ImageShape first = drawScaleSource(random, draw);
     TestImage& src = addOperand(scene, "src", first, random, draw);
-    maybeWhite(src, random);
+    if (random.oneIn(12) && first.depth != ZET_DEPTH_32F) whiten(src);
     ImageShape shape = drawScaleTarget(first, random, draw);
     shape.roi = drawRegion(shape, random);
     TestImage& dst = scene.add("dst", shape, random, drawValues(random));
