@@ -100,7 +100,7 @@ TEST(ZoomExample, BothMasksLetAPixelThrough) {
     EXPECT_EQ(many.bytes[0], 0b01101000);
 }
 
-// The last column of the source is the last one that its mask has, and a last column stays as it is, even with none before.
+// The last column of the source is the last one that its mask has; it stays as it is, even with none before.
 TEST(ZoomExample, MasksCutTheSource) {
     Grid<std::uint8_t> src(ZET_DEPTH_8U, 4, {0, 100, 200, 240, 1, 101, 201, 241});
     Grid<std::uint8_t> dst(ZET_DEPTH_8U, 8, Bytes(16, 7));
