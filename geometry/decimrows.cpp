@@ -118,12 +118,11 @@ void columnPass(const T* row, const Columns<Taps>& columns, double* to) {
 // Rows of the source interpolated along x, kept while rows near them are made: each in the slot of its number.
 template <class T, class XTaps, class YTaps>
 struct RowCache {
-    static constexpr std::ptrdiff_t kSlots = YTaps::kCount;
-    std::ptrdiff_t held[kSlots];
-    double rows[kSlots * kPiece];
+    std::ptrdiff_t held[YTaps::kCount];
+    double rows[YTaps::kCount * kPiece];
 
     const double* row(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t index, const Columns<XTaps>& columns) {
-        const std::ptrdiff_t slot = index % kSlots;
+        const std::ptrdiff_t slot = index % YTaps::kCount;
         if (held[slot] != index) columnPass<T, XTaps>(src + index * rowStep, columns, rows + slot * kPiece);
         held[slot] = index;
         return rows + slot * kPiece;

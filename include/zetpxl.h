@@ -556,6 +556,32 @@ ZET_API void zetRemap(ZetImage* srcImage, ZetImage* xMap, ZetImage* yMap, ZetIma
 ZET_API void zetDecimate(ZetImage* srcImage, ZetImage* dstImage, int32_t xDst, int32_t xSrc, int32_t yDst, int32_t ySrc,
                          int32_t interpolate);
 
+/* Enlarges the source region into the destination region by xDst / xSrc and yDst / ySrc, each at least 1. The first and last
+ * pixels of the two regions meet: positions rise by (source size - 1) / (made size - 1); only ZET_INTER_NN by whole factors
+ * repeats each pixel instead. As many pixels are made as the scaled source region has (at least 1) and the destination's
+ * takes; the rest stays, and so do pixels under a clear bit of a mask: a mask of the source is scaled with it. Sources of one
+ * column or row take ZET_INTER_NN, those below 4 by 4 lines for cubics. Depths 1U (nearest always), 8U and 16U (fractions are
+ * cut off, cubics held within the depth), 32F (as it comes). Alpha is left alone unless a coi names it. `origin` and borders
+ * play no part. With tiles the destination goes tile by tile, or in blocks of 64 by 64, each from a copy of the rectangle
+ * that it reads; the records of images and masks are not changed meanwhile. The interpolation is Newton's through four
+ * equally spaced samples.
+ * Refusals: ZET_StatusBadArgument "xDst < xSrc || yDst < ySrc"; "Incorrect Image"; each reported: ZET_StatusBadArgument
+ * "interpolate != ZET_INTER_NN && interpolate != ZET_INTER_LINEAR && interpolate != ZET_INTER_CUBIC", "srcImage->depth !=
+ * dstImage->depth", "srcImage->depth != ZET_DEPTH_1U && srcImage->depth != ZET_DEPTH_8U && srcImage->depth != ZET_DEPTH_16U &&
+ * srcImage->depth != ZET_DEPTH_32F", "srcImage->dataOrder != dstImage->dataOrder", "xDst <= 0 || xSrc <= 0", "yDst <= 0 ||
+ * ySrc <= 0"; then, with an old negative status too, the call ends. ZET_StatusBadArgument "This function isn`t in-plase
+ * function"; ZET_StatusError "srcImage COI != dstImage COI" and "Error get tile to write"; ZET_StatusNoMemory "Allocation
+ * failure" for a scaled mask; Backtrace with "" after a mask that could not be scaled or joined. Source pixels that cannot be
+ * had end the call without a report. */
+ZET_API void zetZoom(ZetImage* srcImage, ZetImage* dstImage, int32_t xDst, int32_t xSrc, int32_t yDst, int32_t ySrc,
+                     int32_t interpolate);
+
+/* Changes the scale in either direction, each axis for itself: ZET_INTER_SUPER is zetDecimate, for factors of at most 1 (else
+ * ZET_StatusBadArgument "(xDst > xSrc || yDst > ySrc)"); all others go zetZoom's way, up and down, with its reports in its
+ * name. A Backtrace report with "" follows any negative status. */
+ZET_API void zetResize(ZetImage* srcImage, ZetImage* dstImage, int32_t xDst, int32_t xSrc, int32_t yDst, int32_t ySrc,
+                       int32_t interpolate);
+
 /* ---- Colour, noise, DIB ------------------------------------------------------------------------------------ */
 
 /* Converts a whole RGB image to hue, lightness and saturation: three channels H, L, S, hue scaled from 0 to 360 degrees to

@@ -1,0 +1,326 @@
+// The rows of a zoomed block.
+//   zoomrows.1 positions are sums in double precision; a position short of a whole number by the tolerance is that number
+//   zoomrows.2 lines end on the last pixel with the share 1; cubics move their four samples inward at the image's edges
+//   zoomrows.3 a row of the source is interpolated along x once, in single precision, and serves all rows that need it
+//   zoomrows.4 8U and 16U cut the fraction off after adding the tolerance; the cubic is held within the depth's limits
+//   zoomrows.5 the cubic is Newton's, through samples at -1, 0, 1 and 2; differences and weights are rounded to single precision
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <type_traits>
+
+#include "core/depth.h"
+#include "geometry/sampling.h"
+#include "geometry/zoom.h"
+
+namespace zetpxl {
+
+namespace {
+
+// Samples that are made of a row at a time, and rows at a time: their taps and rows stay in the first cache, their pages in
+// the processor's reach.
+constexpr std::ptrdiff_t kPiece = 256;
+constexpr std::ptrdiff_t kBand = 64;
+static_assert(kPiece <= kMaskPiece);
+
+// One position on an axis: the first tap, in the whole image, and where the position lies behind the second.
+struct Tap {
+    std::ptrdiff_t first;
+    double share;
+};
+
+std::ptrdiff_t indexAt(double position) { return static_cast<std::ptrdiff_t>(position + kZoomTolerance); }
+
+struct NearestTaps {
+    static constexpr std::ptrdiff_t kCount = 1;
+    static constexpr std::ptrdiff_t kWeights = 0;
+
+    static Tap at(const ZoomAxis& axis, double position) { return {indexAt(position) + axis.offset, 0}; }
+};
+
+struct LinearTaps {
+    static constexpr std::ptrdiff_t kCount = 2;
+    static constexpr std::ptrdiff_t kWeights = 1;
+
+    static Tap at(const ZoomAxis& axis, double position) {
+        const std::ptrdiff_t index = indexAt(position);
+        if (index == axis.last) return {index - 1 + axis.offset, 1.0};
+        return {index + axis.offset, position - static_cast<double>(index)};
+    }
+    static void weigh(float share, float (&w)[kWeights]) { w[0] = share; }
+    static double along(const double (&s)[kCount], const float (&w)[kWeights]) {
+        return static_cast<double>(w[0]) * (s[1] - s[0]) + s[0];
+    }
+    static double across(const double (&s)[kCount], const float (&w)[kWeights]) {
+        return s[0] * (1 - static_cast<double>(w[0])) + s[1] * static_cast<double>(w[0]);
+    }
+};
+
+struct CubicTaps {
+    static constexpr std::ptrdiff_t kCount = 4;
+    static constexpr std::ptrdiff_t kWeights = 3;
+    static constexpr double kThird = static_cast<double>(0x1.555556p-2f);
+
+    static Tap at(const ZoomAxis& axis, double position) {
+        std::ptrdiff_t index = indexAt(position);
+        const std::ptrdiff_t whole = index + axis.offset;
+        if (whole == axis.size - 1) return {whole - 3, 2.0};
+        if (whole == 0) ++index;
+        if (whole == axis.size - 2) --index;
+        return {index - 1 + axis.offset, position - static_cast<double>(index)};
+    }
+    static void weigh(float share, float (&w)[kWeights]) {
+        const double t = static_cast<double>(share);
+        const double u = t + 1;
+        const double g = 0.5 * t * u;
+        w[0] = static_cast<float>(u);
+        w[1] = static_cast<float>(g * (t - 1) * kThird);
+        w[2] = static_cast<float>(g);
+    }
+    static double along(const double (&s)[kCount], const float (&w)[kWeights]) {
+        const double d1 = s[1] - s[0];
+        const double d2 = s[2] - s[1] - d1;
+        const double d3 = s[3] - 2 * s[2] + s[1] - d2;
+        const auto single = [](double d) { return static_cast<double>(static_cast<float>(d)); };
+        return s[0] + single(d1) * static_cast<double>(w[0]) + static_cast<double>(w[1]) * single(d3) +
+               static_cast<double>(w[2]) * single(d2);
+    }
+    static double across(const double (&s)[kCount], const float (&w)[kWeights]) { return along(s, w); }
+};
+
+// Columns of a piece: where the taps of each sample lie in a row, and the weights.
+template <class Taps>
+struct Columns {
+    std::ptrdiff_t pixels;
+    std::ptrdiff_t size;
+    std::int32_t offsets[Taps::kCount][kPiece];
+    float weights[Taps::kWeights + 1][kPiece];
+};
+
+template <class Taps>
+void placeSample(const ZoomRun& run, const Tap& tap, std::ptrdiff_t channel, std::ptrdiff_t at,
+                 Columns<Taps>* columns) {
+    for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) {
+        const std::ptrdiff_t column = std::clamp<std::ptrdiff_t>(tap.first + k, 0, run.x.size - 1);
+        columns->offsets[k][at] = static_cast<std::int32_t>(column * run.srcPixelStep + channel);
+    }
+    if constexpr (Taps::kWeights > 0) {
+        float w[Taps::kWeights];
+        Taps::weigh(static_cast<float>(tap.share), w);
+        for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) columns->weights[k][at] = w[k];
+    }
+}
+
+// Fills a piece from position `x` on and gives the position behind it.
+template <class Taps>
+double placeColumns(const ZoomRun& run, double x, std::ptrdiff_t pixels, Columns<Taps>* columns) {
+    columns->pixels = pixels;
+    columns->size = pixels * run.nTogether;
+    for (std::ptrdiff_t i = 0; i < pixels; ++i, x += run.x.step) {
+        const Tap tap = Taps::at(run.x, x);
+        for (std::ptrdiff_t c = 0; c < run.nTogether; ++c) placeSample(run, tap, c, i * run.nTogether + c, columns);
+    }
+    return x;
+}
+
+template <class T>
+const T* sourceRow(const ZoomRun& run, const std::uint8_t* src, std::ptrdiff_t row) {
+    return reinterpret_cast<const T*>(src + std::clamp<std::ptrdiff_t>(row, 0, run.y.size - 1) * run.srcRowStep);
+}
+
+// Puts a piece of samples, pixels of `run.nTogether`, to its places in a row of the destination.
+template <class T>
+void putPixels(const ZoomRun& run, const T* made, std::ptrdiff_t pixels, const std::uint8_t* bytes, T* to) {
+    if (!bytes && run.nTogether == run.dstPixelStep) {
+        std::copy_n(made, pixels * run.nTogether, to);
+        return;
+    }
+    for (std::ptrdiff_t i = 0; i < pixels; ++i, made += run.nTogether, to += run.dstPixelStep)
+        if (!bytes || bytes[i]) std::copy_n(made, run.nTogether, to);
+}
+
+// A band of rows in one piece of columns, from row `first` on.
+struct Window {
+    std::ptrdiff_t firstColumn;
+    std::ptrdiff_t firstRow;
+    std::ptrdiff_t rows;
+    double y;  // position of the first row
+};
+
+// Calls make(row of the source's taps, its destination row) for each row of the window that its mask leaves, and puts what
+// it made.
+template <class T, class Make>
+void forRows(const ZoomRun& run, const Window& window, std::ptrdiff_t pixels, std::uint8_t* dst, Make make) {
+    T made[kPiece];
+    double y = window.y;
+    for (std::ptrdiff_t j = 0; j < window.rows; ++j, y += run.y.step) {
+        T* to =
+            reinterpret_cast<T*>(dst + (window.firstRow + j) * run.dstRowStep) + window.firstColumn * run.dstPixelStep;
+        MaskBytes bytes;
+        MaskCover cover = MaskCover::All;
+        if (run.mask)
+            cover = spreadMask({run.mask + (window.firstRow + j) * run.maskStep, run.maskBit}, window.firstColumn,
+                               pixels, &bytes);
+        if (cover == MaskCover::None) continue;
+        make(y, made);
+        putPixels(run, made, pixels, cover == MaskCover::Some ? bytes.data() : nullptr, to);
+    }
+}
+
+template <class T>
+void copyWindow(const ZoomRun& run, const Columns<NearestTaps>& columns, const Window& window, const std::uint8_t* src,
+                std::uint8_t* dst) {
+    forRows<T>(run, window, columns.pixels, dst, [&](double y, T* made) {
+        const T* row = sourceRow<T>(run, src, NearestTaps::at(run.y, y).first);
+        for (std::ptrdiff_t i = 0; i < columns.size; ++i) made[i] = row[columns.offsets[0][i]];
+    });
+}
+
+// Interpolates a source row along x.
+template <class T, class Taps>
+void columnPass(const T* row, const Columns<Taps>& columns, float* to) {
+    for (std::ptrdiff_t i = 0; i < columns.size; ++i) {
+        double s[Taps::kCount];
+        float w[Taps::kWeights];
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(row[columns.offsets[k][i]]);
+        for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) w[k] = columns.weights[k][i];
+        to[i] = static_cast<float>(Taps::along(s, w));
+    }
+}
+
+template <class T, class Taps>
+T madeSample(double value) {
+    if constexpr (std::is_same_v<T, float>) return static_cast<float>(value);
+    value += kZoomTolerance;
+    if (Taps::kCount == 4) {
+        constexpr double greatest = std::numeric_limits<T>::max();
+        value = value > greatest ? greatest : value;
+        value = value < 0 ? 0 : value;
+    }
+    return static_cast<T>(static_cast<std::int32_t>(value));
+}
+
+template <class T, class Taps>
+void blendRows(const float* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* to) {
+    float w[Taps::kWeights];
+    Taps::weigh(static_cast<float>(share), w);
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        double s[Taps::kCount];
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(rows[k][i]);
+        to[i] = madeSample<T, Taps>(Taps::across(s, w));
+    }
+}
+
+// Interpolated rows, each in the slot of its number.
+template <class Taps>
+struct RowCache {
+    std::ptrdiff_t held[Taps::kCount];
+    float rows[Taps::kCount * kPiece];
+};
+
+template <class T, class Taps>
+const float* cachedRow(const ZoomRun& run, const Columns<Taps>& columns, const std::uint8_t* src, std::ptrdiff_t index,
+                       RowCache<Taps>* cache) {
+    const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(index, 0, run.y.size - 1);
+    const std::ptrdiff_t slot = row % Taps::kCount;
+    float* to = cache->rows + slot * kPiece;
+    if (cache->held[slot] != row) columnPass<T, Taps>(sourceRow<T>(run, src, row), columns, to);
+    cache->held[slot] = row;
+    return to;
+}
+
+template <class T, class Taps>
+void blendWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window& window, const std::uint8_t* src,
+                 std::uint8_t* dst) {
+    RowCache<Taps> cache;
+    std::fill_n(cache.held, Taps::kCount, std::ptrdiff_t{-1});
+    forRows<T>(run, window, columns.pixels, dst, [&](double y, T* made) {
+        const Tap tap = Taps::at(run.y, y);
+        const float* rows[Taps::kCount];
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k)
+            rows[k] = cachedRow<T, Taps>(run, columns, src, tap.first + k, &cache);
+        blendRows<T, Taps>(rows, tap.share, columns.size, made);
+    });
+}
+
+template <class T, class Taps>
+void makeWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window& window) {
+    for (std::ptrdiff_t pass = 0; pass < run.passes; ++pass) {
+        const std::uint8_t* src = run.src + pass * run.srcPlaneStep;
+        std::uint8_t* dst = run.dst + pass * run.dstPlaneStep;
+        if constexpr (Taps::kCount == 1) {
+            copyWindow<T>(run, columns, window, src, dst);
+        } else {
+            blendWindow<T, Taps>(run, columns, window, src, dst);
+        }
+    }
+}
+
+template <class T, class Taps>
+void makeRows(const ZoomRun& run) {
+    Columns<Taps> columns;
+    const std::ptrdiff_t most = kPiece / run.nTogether;
+    Window window{0, 0, 0, run.y.start};
+    for (; window.firstRow < run.height; window.firstRow += kBand) {
+        window.rows = std::min(kBand, run.height - window.firstRow);
+        double x = run.x.start;
+        for (window.firstColumn = 0; window.firstColumn < run.width; window.firstColumn += most) {
+            x = placeColumns(run, x, std::min(most, run.width - window.firstColumn), &columns);
+            makeWindow<T, Taps>(run, columns, window);
+        }
+        for (std::ptrdiff_t j = 0; j < window.rows; ++j) window.y += run.y.step;
+    }
+}
+
+bool maskBit(const ZoomRun& run, std::ptrdiff_t column, std::ptrdiff_t row) {
+    if (!run.mask) return true;
+    const std::ptrdiff_t bit = run.maskBit + column;
+    return (run.mask[row * run.maskStep + (bit >> 3)] >> (7 - (bit & 7))) & 1;
+}
+
+void ownZoomNNBits(const ZoomRun& run) {
+    double y = run.y.start;
+    for (std::ptrdiff_t j = 0; j < run.height; ++j, y += run.y.step) {
+        const auto* row = sourceRow<std::uint8_t>(run, run.src, NearestTaps::at(run.y, y).first);
+        double x = run.x.start;
+        for (std::ptrdiff_t i = 0; i < run.width; ++i, x += run.x.step) {
+            if (!maskBit(run, i, j)) continue;
+            const std::ptrdiff_t column =
+                std::clamp<std::ptrdiff_t>(NearestTaps::at(run.x, x).first, 0, run.x.size - 1);
+            putBit(run.dst + j * run.dstRowStep, run.dstBit + i, (row[column >> 3] >> (7 - (column & 7))) & 1);
+        }
+    }
+}
+
+using ZoomRoutine = void (*)(const ZoomRun& run);
+
+template <class T>
+constexpr ZoomRoutine ownZoomNN = makeRows<T, NearestTaps>;
+template <class T>
+constexpr ZoomRoutine ownZoomLinear = makeRows<T, LinearTaps>;
+template <class T>
+constexpr ZoomRoutine ownZoomCubic = makeRows<T, CubicTaps>;
+
+using ZoomRoutines = std::array<ZoomRoutine, 3>;
+
+template <class T>
+constexpr ZoomRoutines zoomRoutines = {ownZoomNN<T>, ownZoomLinear<T>, ownZoomCubic<T>};
+
+// By depth and interpolation; signed depths are refused, and bits always take the nearest.
+constexpr std::array<ZoomRoutines, kDepthCount> zoomTable = {{
+    {ownZoomNNBits, nullptr, nullptr},
+    zoomRoutines<std::uint8_t>,
+    {},
+    zoomRoutines<std::uint16_t>,
+    {},
+    {},
+    zoomRoutines<float>,
+}};
+
+}  // namespace
+
+void zoomRows(const ZoomRun& run, std::uint32_t depth, std::int32_t mode) {
+    zoomTable[static_cast<std::size_t>(depthIndex(depth))][static_cast<std::size_t>(mode)](run);
+}
+
+}  // namespace zetpxl
