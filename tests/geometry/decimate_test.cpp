@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/geometry/draw_scale.h"
+#include "tests/support/allocations.h"
 #include "tests/support/grid.h"
 #include "tests/support/model_decimate.h"
 #include "tests/support/refusals.h"
@@ -40,6 +41,7 @@ Factor drawFactor(Random& random) {
                                         {3, 4},
                                         {99, 100},
                                         {1, 3},
+                                        {1, 8},
                                         {6, 9},
                                         {2, 17},
                                         {4, 5}});
@@ -50,6 +52,13 @@ std::int32_t drawOddNumber(Random& random) {
     return random.pick({0, -1, -7, kLargest, std::numeric_limits<std::int32_t>::min(), 1});
 }
 
+Call callOf(ZetImage* src, ZetImage* dst, Factor x, Factor y, std::int32_t mode) {
+    const std::string numbers = std::to_string(x.dst) + "/" + std::to_string(x.src) + " " + std::to_string(y.dst) +
+                                "/" + std::to_string(y.src) + " mode " + std::to_string(mode);
+    return {numbers, [=] { return zetDecimate(src, dst, x.dst, x.src, y.dst, y.src, mode), ""; },
+            [=](Model& model) { return modelDecimate(model, src, dst, x.dst, x.src, y.dst, y.src, mode), ""; }};
+}
+
 Call drawDecimate(Scene& scene, Random& random) {
     const Filtered images = drawScaled(scene, random);
     ZetImage* src = random.oneIn(100) ? nullptr : &images.src->record;
@@ -58,13 +67,27 @@ Call drawDecimate(Scene& scene, Random& random) {
     Factor y = random.oneIn(4) ? x : drawFactor(random);
     if (random.oneIn(25)) random.pick({&x, &y})->src = drawOddNumber(random);
     if (random.oneIn(25)) random.pick({&x, &y})->dst = drawOddNumber(random);
-    const std::int32_t mode = random.oneIn(40) ? random.pick({-1, 4, 16, 18}) : random.below(4);
-    const std::string numbers = std::to_string(x.dst) + "/" + std::to_string(x.src) + " " + std::to_string(y.dst) +
-                                "/" + std::to_string(y.src) + " mode " + std::to_string(mode);
-    return {numbers, [=] { return zetDecimate(src, dst, x.dst, x.src, y.dst, y.src, mode), ""; },
-            [=](Model& model) { return modelDecimate(model, src, dst, x.dst, x.src, y.dst, y.src, mode), ""; }};
+    return callOf(src, dst, x, y, random.oneIn(40) ? random.pick({-1, 4, 16, 18}) : random.below(4));
 }
 
+// Edges of cells drift over long rows until one cell is given more than its size; 65535 is then exceeded. Of bits with a
+// factor of 5/8 every fifth cell is half of one bit and half of the next.
+Call drawLongMeans(Scene& scene, Random& random) {
+    ImageShape shape{.depth = random.pick({ZET_DEPTH_1U, ZET_DEPTH_16U, ZET_DEPTH_32F}),
+                     .width = random.between(300, 900)};
+    shape.height = random.between(4, 7);
+    if (random.oneIn(4)) std::swap(shape.width, shape.height);
+    TestImage& src = scene.add("src", shape, random);
+    if (random.oneIn(2)) tileSmall(shape, random);
+    shape.roi = ZetROI{0, random.below(8), 0, shape.width, shape.height};
+    TestImage& dst = scene.add("dst", shape, random);
+    if (shape.depth == ZET_DEPTH_16U) whiten(src);
+    const auto draw = [&] { return random.pick<Factor>({{6, 7}, {11, 13}, {3, 7}, {99, 100}, {5, 8}, {1, 1}}); };
+    const Factor x = draw(), y = draw();
+    return callOf(&src.record, &dst.record, x, y, ZET_INTER_SUPER);
+}
+
+TEST(Decimate, LongMeansAgreeWithTheModel) { compareWithModel(&drawLongMeans, {.compare = {}, .share = 20}); }
 TEST(Decimate, AgreesWithTheModel) { compareWithModel(&drawDecimate, {.compare = {.nanEqual = true}}); }
 TEST(Decimate, FailsCleanlyAtEveryStep) { failEveryStep(&drawDecimate); }
 
@@ -134,6 +157,32 @@ TEST(Decimate, RefusesOneThingAfterAnother) {
                     {-5, "yDst > ySrc", take},
                     {-24, "srcImage->roi->coi > 0 && dstImage->roi->coi == 0", other},
                     {-24, "dstImage->roi->coi > 0 && srcImage->roi->coi == 0", [&] { pair.src->roi = &roi; }}});
+}
+
+// A block that gets no memory stays as it was, and the next one is made.
+TEST(Decimate, GoesOnWithoutMemory) {
+    Scene scene;
+    Random random(9);
+    ImageShape shape{.width = 16, .height = 8};
+    ZetImage* src = &scene.add("src", shape, random).record;
+    shape.tileWidth = shape.tileHeight = 8;
+    TestImage& dst = scene.add("dst", shape, random);
+    scene.allow(GuardedBuffer::Access::kData);
+    const std::uint8_t before = *dst.tileAt(0, 0)->data();
+    *static_cast<std::uint8_t*>(src->imageData) = static_cast<std::uint8_t>(~before);
+    const Recorder recorder(scene.log);
+    {
+        const AllocationWatch watch(1);
+        zetDecimate(src, &dst.record, 1, 1, 1, 1, ZET_INTER_SUPER);
+    }
+    EXPECT_EQ(scene.log.lines,
+              (std::vector<std::string>{
+                  "write dst 0 0",
+                  reportLine(ZET_StatusNoMemory, "zetDecimate",
+                             "Can't create temporary buffer for interpolate = ZET_INTER_SUPER", "owndecim"),
+                  "release dst 0 0", "write dst 1 0", "release dst 1 0"}));
+    scene.allow(GuardedBuffer::Access::kData);
+    EXPECT_EQ(*dst.tileAt(0, 0)->data(), before);
 }
 
 // ---- by hand

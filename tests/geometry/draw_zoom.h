@@ -89,6 +89,11 @@ inline void drawZoomRegions(ImageShape& src, ImageShape& dst, Random& random) {
         if (one && !(shape->roi && shape->roi->coi) && !random.oneIn(4)) shape->nChannels = 1, shape->alphaChannel = 0;
 }
 
+// Mostly for all of a region, or cutting it.
+inline std::int32_t drawMaskSide(std::int32_t size, Random& random) {
+    return random.oneIn(3) ? random.between(1, std::max(1, size)) : std::max(1, size + random.between(-3, 2));
+}
+
 // Of the source's masks only interleaved ones can be scaled.
 inline void drawZoomMask(Scene& scene, TestImage& image, Random& random) {
     maybeMask(scene, image, random);
@@ -99,8 +104,8 @@ inline void drawZoomMask(Scene& scene, TestImage& image, Random& random) {
     const Area part = modelRegion(image.record);
     mask.roi.xOffset = random.below(std::min(12, mask.shape.width));
     mask.roi.yOffset = random.below(std::min(5, mask.shape.height));
-    mask.roi.width = std::max(1, part.width + random.between(-2, 3));
-    mask.roi.height = std::max(1, part.height + random.between(-2, 3));
+    mask.roi.width = drawMaskSide(part.width, random);
+    mask.roi.height = drawMaskSide(part.height, random);
     mask.shape.roi = mask.roi;
 }
 

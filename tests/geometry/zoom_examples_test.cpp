@@ -100,17 +100,18 @@ TEST(ZoomExample, BothMasksLetAPixelThrough) {
     EXPECT_EQ(many.bytes[0], 0b01101000);
 }
 
-// The mask of one column makes the first column the last one: interpolated with none before it, it stays as it is.
-TEST(ZoomExample, MaskOfOneColumn) {
-    Grid<std::uint8_t> src(ZET_DEPTH_8U, 5, {10, 90, 90, 90, 90, 30, 90, 90, 90, 90});
-    Grid<std::uint8_t> dst(ZET_DEPTH_8U, 10, Bytes(20, 7));
-    Plane column(1, 2, 0, 0, 4);
-    column.bytes = {0x80, 0x80};
-    src.image.maskImage = &column.image;
+// The last column of the source is the last one that its mask has; it stays as it is, even with none before.
+TEST(ZoomExample, MasksCutTheSource) {
+    Grid<std::uint8_t> src(ZET_DEPTH_8U, 4, {0, 100, 200, 240, 1, 101, 201, 241});
+    Grid<std::uint8_t> dst(ZET_DEPTH_8U, 8, Bytes(16, 7));
+    Plane two(2, 2, 0, 0, 4), one(1, 2, 0, 0, 4);
+    two.bytes = one.bytes = {0xC0, 0xC0};
+    src.image.maskImage = &two.image;
+    zetZoom(&src.image, &dst.image, 2, 1, 1, 1, ZET_INTER_LINEAR);
+    EXPECT_EQ(dst.samples, (Bytes{0, 42, 85, 100, 7, 7, 7, 7, 1, 43, 86, 101, 7, 7, 7, 7}));
+    src.image.maskImage = &one.image;
     zetZoom(&src.image, &dst.image, 1, 1, 1, 1, ZET_INTER_LINEAR);
-    EXPECT_EQ(dst.samples[0], 10);
-    EXPECT_EQ(dst.samples[1], 7);
-    EXPECT_EQ(dst.samples[10], 30);
+    EXPECT_EQ(dst.samples, (Bytes{0, 42, 85, 100, 7, 7, 7, 7, 1, 43, 86, 101, 7, 7, 7, 7}));
 }
 
 TEST(ZoomExample, AlphaStaysUnlessItIsChosen) {

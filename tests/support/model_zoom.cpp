@@ -102,7 +102,7 @@ Place placeOf(std::int32_t offset, std::int32_t done, const ZoomAxis& axis) {
     return {done, start, position - start};
 }
 
-// What is taken out of a tiled source for one cell, along one axis: the part to scale and what interpolation needs besides.
+// What is taken out of a tiled source for one cell, along one axis: the part to scale and what is needed around it.
 struct Cut {
     std::int64_t start, size;
     std::int32_t offset;  // of the part to scale
