@@ -1,4 +1,4 @@
-// Warp, right-angle turns and remap.
+// Warp, right-angle turns, remap and changes of scale.
 #include <cmath>
 
 #include "ratio.h"
@@ -43,6 +43,50 @@ bench::Operation remapped(std::int32_t interpolation) {
     };
 }
 
+using ScaleOperation = void (*)(ZetImage*, ZetImage*, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
+                                std::int32_t);
+
+struct Scale {
+    const char* operation;
+    const char* detail;
+    ScaleOperation call;
+    std::int32_t dst, src;
+    std::int32_t interpolation;
+    double atMost[3];  // by form
+};
+
+constexpr Scale kScales[] = {
+    {"zetDecimate", "1/2, area", zetDecimate, 1, 2, ZET_INTER_SUPER, {3, 5, 2.5}},
+    {"zetDecimate", "1/3, area", zetDecimate, 1, 3, ZET_INTER_SUPER, {10, 15, 8}},
+    {"zetDecimate", "2/3, area", zetDecimate, 2, 3, ZET_INTER_SUPER, {25, 25, 10}},
+    {"zetDecimate", "0.37, area", zetDecimate, 37, 100, ZET_INTER_SUPER, {30, 30, 12}},
+    {"zetDecimate", "2/3, linear", zetDecimate, 2, 3, ZET_INTER_LINEAR, {12, 10, 4}},
+    {"zetDecimate", "2/3, cubic", zetDecimate, 2, 3, ZET_INTER_CUBIC, {30, 30, 7}},
+    {"zetDecimate", "1/2, nearest", zetDecimate, 1, 2, ZET_INTER_NN, {2.5, 4.5, 2.5}},
+    {"zetZoom", "by 2, nearest", zetZoom, 2, 1, ZET_INTER_NN, {2, 3, 1.2}},
+    {"zetZoom", "by 2, linear", zetZoom, 2, 1, ZET_INTER_LINEAR, {6, 5, 2.5}},
+    {"zetZoom", "by 2, cubic", zetZoom, 2, 1, ZET_INTER_CUBIC, {12, 12, 4}},
+    {"zetResize", "2/3, linear", zetResize, 2, 3, ZET_INTER_LINEAR, {10, 10, 4}},
+    {"zetResize", "2/3, cubic", zetResize, 2, 3, ZET_INTER_CUBIC, {25, 25, 7}},
+};
+
+// The larger image has the form's size.
+void addScale(const Scale& scale, int f) {
+    const bool grows = scale.dst > scale.src;
+    const Form& form = kForms[f];
+    const Form dst = grows ? form : bench::sized(form, form.size * scale.dst / scale.src);
+    const Form src = grows ? bench::sized(form, form.size * scale.src / scale.dst) : form;
+    const auto prepare = [=]() -> Call {
+        const SharedImage source = bench::makeImage(src), destination = bench::makeImage(dst);
+        return [=] {
+            scale.call(source.get(), destination.get(), scale.dst, scale.src, scale.dst, scale.src,
+                       scale.interpolation);
+        };
+    };
+    bench::add({scale.operation, scale.detail, form.name, bench::pixelsOf(dst), bench::bytesOf(dst), prepare,
+                scale.atMost[f]});
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -64,5 +108,7 @@ int main(int argc, char** argv) {
     for (int f = 0; f < 3; ++f)
         for (std::int32_t i = 0; i < 3; ++i)
             bench::add("zetRemap", std::string("barrel, ") + kInterpolations[i], kForms[f], remaps[f][i], remapped(i));
+    for (const Scale& scale : kScales)
+        for (int f = 0; f < 3; ++f) addScale(scale, f);
     return bench::run(argc, argv);
 }
