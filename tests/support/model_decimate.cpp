@@ -106,18 +106,18 @@ struct Axis {
     std::int32_t count;   // pixels to make
     double step;
     std::int64_t pad;
-    double start = 0;  // position of the first pixel
+    float start = 0;  // position of the first pixel
 
     double ext() const { return pad == 2 ? 2 * step : 0; }
-    float inTile(double position, std::int32_t index) const { return static_cast<float>(position - index * tile); }
-    double inImage(float position, std::int32_t index) const { return static_cast<double>(position) + index * tile; }
+    float inTile(float position, std::int32_t index) const { return position - static_cast<float>(index * tile); }
+    float inImage(float position, std::int32_t index) const { return position + static_cast<float>(index * tile); }
     std::int32_t limited(std::int64_t value, std::int64_t low) const {
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, low, count));
     }
 };
 
 Axis axisOf(std::int32_t tile, std::int32_t offset, std::int32_t count, float step, std::int64_t pad, float at) {
-    return {tile, offset, count, step, pad, static_cast<double>(offset) + at};
+    return {tile, offset, count, step, pad, static_cast<float>(offset) + at};
 }
 
 struct Grid {
@@ -131,13 +131,8 @@ Grid gridOf(const Decimate& op, const Area& to, const Positions& at) {
             axisOf(tiles.height, region.y, to.height, op.yStep, op.yPad, at.y)};
 }
 
-// Within the image.
-struct Place {
-    double x, y;
-};
-
-Positions inRegion(const Grid& grid, const Place& at) {
-    return {static_cast<float>(at.x - grid.xs.offset), static_cast<float>(at.y - grid.ys.offset)};
+Positions inRegion(const Grid& grid, const Positions& at) {
+    return {at.x - static_cast<float>(grid.xs.offset), at.y - static_cast<float>(grid.ys.offset)};
 }
 
 Area part(const Area& to, std::int32_t firstCol, std::int32_t endCol, std::int32_t firstRow, std::int32_t endRow) {
@@ -157,9 +152,9 @@ std::int32_t endNearest(const Axis& axis, std::int32_t index) {
     return axis.limited(truncated((edge - axis.start + kAlmostOne * axis.step) / axis.step), 0);
 }
 
-bool nearestRow(const Decimate& op, const Grid& grid, std::int32_t row, const Area& band, Place& at) {
+bool nearestRow(const Decimate& op, const Grid& grid, std::int32_t row, const Area& band, Positions& at) {
     std::int32_t done = 0;
-    const double y = at.y;
+    const float y = at.y;
     at.x = grid.xs.start;
     for (std::int32_t col = firstNearest(grid.xs); done < band.width; ++col) {
         const std::int32_t end = endNearest(grid.xs, col);
@@ -176,14 +171,14 @@ bool nearestRow(const Decimate& op, const Grid& grid, std::int32_t row, const Ar
 
 bool walkNearest(const Decimate& op, const Area& to, Positions& at) {
     const Grid grid = gridOf(op, to, at);
-    Place place{grid.xs.start, grid.ys.start};
+    at = {grid.xs.start, grid.ys.start};
     std::int32_t done = 0;
     for (std::int32_t row = firstNearest(grid.ys); done < to.height; ++row) {
         const std::int32_t end = endNearest(grid.ys, row);
-        if (!nearestRow(op, grid, row, part(to, 0, to.width, done, end), place)) return false;
+        if (!nearestRow(op, grid, row, part(to, 0, to.width, done, end), at)) return false;
         done = end;
     }
-    at = inRegion(grid, place);
+    at = inRegion(grid, at);
     return true;
 }
 
@@ -195,7 +190,7 @@ std::int32_t firstTile(const Axis& axis) {
     return static_cast<std::int32_t>(std::max<std::int64_t>(truncated(position / axis.tile), 0));
 }
 
-float startIn(const Axis& axis, double position, std::int32_t index) {
+float startIn(const Axis& axis, float position, std::int32_t index) {
     return std::max(axis.inTile(position, index), 0.0f);
 }
 
@@ -226,7 +221,7 @@ bool getRect(ZetImage& image, std::int32_t col, std::int32_t row, std::int64_t w
                              static_cast<std::int32_t>(nRows) * tiles.height);
 }
 
-bool tileRow(const Decimate& op, const Grid& grid, std::int32_t row, const Area& band, Place& at) {
+bool tileRow(const Decimate& op, const Grid& grid, std::int32_t row, const Area& band, Positions& at) {
     std::int32_t done = 0;
     const float yIn = startIn(grid.ys, at.y, row);
     at.x = grid.xs.start;
@@ -247,14 +242,14 @@ bool tileRow(const Decimate& op, const Grid& grid, std::int32_t row, const Area&
 
 bool walkTiles(const Decimate& op, const Area& to, Positions& at) {
     const Grid grid = gridOf(op, to, at);
-    Place place{grid.xs.start, grid.ys.start};
+    at = {grid.xs.start, grid.ys.start};
     std::int32_t done = 0;
     for (std::int32_t row = firstTile(grid.ys); done < to.height; ++row) {
-        const std::int32_t end = endIn(grid.ys, row, done, startIn(grid.ys, place.y, row));
-        if (!tileRow(op, grid, row, part(to, 0, to.width, done, end), place)) return false;
+        const std::int32_t end = endIn(grid.ys, row, done, startIn(grid.ys, at.y, row));
+        if (!tileRow(op, grid, row, part(to, 0, to.width, done, end), at)) return false;
         done = end;
     }
-    at = inRegion(grid, place);
+    at = inRegion(grid, at);
     return true;
 }
 
