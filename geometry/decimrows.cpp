@@ -4,33 +4,45 @@
 //   rows.3 cubics move their four samples back at the far edge; nothing moves at the near one, which rows.2 keeps away
 //   rows.4 a row of the source is interpolated along x once and serves all rows that need it
 //   rows.5 8U and 16U cut the fraction off; the cubic is held within the depth's limits
+//   rows.6 lines whose shares have few binary digits are exact in single precision, which is then used
 #include <algorithm>
 #include <cfloat>
+#include <cmath>
 #include <limits>
 #include <type_traits>
 
 #include "geometry/decimate.h"
+#include "geometry/taps.h"
 
 namespace zetpxl {
 
 namespace {
 
-// Samples that are made of a row at a time: their taps and interpolated rows stay in the first cache.
-constexpr std::ptrdiff_t kPiece = 256;
-
 // The smallest normal single precision number.
 constexpr float kOnSample = FLT_MIN;
+
+// Values and their neighbours' sums: whole numbers stay whole, with the same result.
+template <class T>
+using TapValue = std::conditional_t<std::is_integral_v<T>, std::int32_t, double>;
 
 struct NoTaps {
     static constexpr std::ptrdiff_t kCount = 1;
     static constexpr std::ptrdiff_t kBefore = 0;
-    static double value(const double* s, double) { return s[0]; }
+
+    template <class A, class V>
+    static A value(const V* s, A) {
+        return static_cast<A>(s[0]);
+    }
 };
 
 struct LinearTaps {
     static constexpr std::ptrdiff_t kCount = 2;
     static constexpr std::ptrdiff_t kBefore = 0;
-    static double value(const double* s, double t) { return s[0] * (1 - t) + s[1] * t; }
+
+    template <class A, class V>
+    static A value(const V* s, A t) {
+        return static_cast<A>(s[0]) * (1 - t) + static_cast<A>(s[1]) * t;
+    }
 };
 
 struct CubicTaps {
@@ -39,13 +51,17 @@ struct CubicTaps {
     static constexpr double kSixth = static_cast<double>(0x1.555556p-3f);
 
     // Lagrange's cubic through four points, as a polynomial in t.
-    static double value(const double* s, double t) {
+    template <class A, class V>
+    static A value(const V* s, A t) {
+        static_assert(std::is_same_v<A, double>);
         const double square = t * t;
         const double cube = square * t;
-        const double first = -2 * s[0] - 3 * s[1] + 6 * s[2] - s[3];
-        const double second = 3 * s[0] - 6 * s[1] + 3 * s[2];
-        const double third = -s[0] + 3 * s[1] - 3 * s[2] + s[3];
-        return (6 * s[1] + t * first + square * second + cube * third) * kSixth;
+        const V first = -2 * s[0] - 3 * s[1] + 6 * s[2] - s[3];
+        const V second = 3 * s[0] - 6 * s[1] + 3 * s[2];
+        const V third = -s[0] + 3 * s[1] - 3 * s[2] + s[3];
+        return (static_cast<double>(6 * s[1]) + t * static_cast<double>(first) + square * static_cast<double>(second) +
+                cube * static_cast<double>(third)) *
+               kSixth;
     }
 };
 
@@ -66,73 +82,76 @@ Tap tapAt(double position, std::ptrdiff_t count) {
     return {index - Taps::kBefore, share};
 }
 
-template <class T, bool Limited>
-T madeSample(double value) {
+template <class T, bool Limited, class A>
+T madeSample(A value) {
     if constexpr (std::is_same_v<T, float>) return static_cast<float>(value);
     if (Limited) {
-        constexpr double greatest = std::numeric_limits<T>::max();
+        constexpr A greatest = std::numeric_limits<T>::max();
         value = value > greatest ? greatest : value;
         value = value < 0 ? 0 : value;
     }
     return static_cast<T>(static_cast<std::int32_t>(value));
 }
 
-// Columns of a piece: where the taps of each sample lie in a row, and the shares.
-template <class Taps>
+// Columns of a piece: their taps, and for each sample the share.
+template <class A>
 struct Columns {
-    std::ptrdiff_t size;
-    std::int32_t offsets[Taps::kCount][kPiece];
-    double shares[kPiece];
+    TapColumns taps;
+    A shares[kTapPiece];
 };
 
-// Fills a piece from `x` on and gives the position behind it.
-template <class Taps>
+// Fills a piece from position `x` on and gives the position behind it.
+template <class Taps, class A>
 double placeColumns(const DecimateBlock& block, const DecimateShape& shape, double x, std::ptrdiff_t pixels,
-                    Columns<Taps>* columns) {
-    columns->size = pixels * shape.nTogether;
-    for (std::ptrdiff_t i = 0; i < pixels; ++i) {
+                    Columns<A>* columns) {
+    TapColumns* taps = &columns->taps;
+    taps->row = {shape.srcColumns, block.srcPixelStep, shape.nTogether};
+    taps->pixels = pixels;
+    for (std::ptrdiff_t i = 0; i < pixels; ++i, x += static_cast<double>(block.xStep)) {
         const Tap tap = tapAt<Taps>(x, shape.srcColumns);
-        for (std::ptrdiff_t c = 0; c < shape.nTogether; ++c) {
-            const std::ptrdiff_t at = i * shape.nTogether + c;
-            for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) {
-                const std::ptrdiff_t column = std::clamp<std::ptrdiff_t>(tap.first + k, 0, shape.srcColumns - 1);
-                columns->offsets[k][at] = static_cast<std::int32_t>(column * block.srcPixelStep + c);
-            }
-            columns->shares[at] = tap.share;
-        }
-        x += static_cast<double>(block.xStep);
+        taps->first[i] = static_cast<std::int32_t>(tap.first);
+        for (std::ptrdiff_t c = 0; c < shape.nTogether; ++c)
+            columns->shares[i * shape.nTogether + c] = static_cast<A>(tap.share);
     }
+    finishColumns(Taps::kCount, taps);
     return x;
 }
 
 // Interpolates a source row along x.
-template <class T, class Taps>
-void columnPass(const T* row, const Columns<Taps>& columns, double* to) {
-    for (std::ptrdiff_t i = 0; i < columns.size; ++i) {
-        double s[Taps::kCount];
-        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(row[columns.offsets[k][i]]);
+template <class T, class Taps, class A>
+void columnPass(const T* row, const Columns<A>& columns, A* __restrict to) {
+    TapSamples<T> taps[Taps::kCount];
+    gatherTaps(row, columns.taps, taps);
+    const std::ptrdiff_t size = columns.taps.samples();
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        TapValue<T> s[Taps::kCount];
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<TapValue<T>>(taps[k][i]);
         to[i] = Taps::value(s, columns.shares[i]);
     }
 }
 
 // Rows of the source interpolated along x, kept while rows near them are made: each in the slot of its number.
-template <class T, class XTaps, class YTaps>
+template <class T, class XTaps, class YTaps, class A>
 struct RowCache {
     std::ptrdiff_t held[YTaps::kCount];
-    double rows[YTaps::kCount * kPiece];
+    A rows[YTaps::kCount * kTapPiece];
 
-    const double* row(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t index, const Columns<XTaps>& columns) {
+    const A* row(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t index, std::ptrdiff_t count,
+                 const Columns<A>& columns) {
         const std::ptrdiff_t slot = index % YTaps::kCount;
-        if (held[slot] != index) columnPass<T, XTaps>(src + index * rowStep, columns, rows + slot * kPiece);
+        A* to = rows + slot * kTapPiece;
+        if (held[slot] == index) return to;
+        prefetchTaps(src + std::min(index + kTapsAhead, count - 1) * rowStep, columns.taps);
+        columnPass<T, XTaps, A>(src + index * rowStep, columns, to);
         held[slot] = index;
-        return rows + slot * kPiece;
+        return to;
     }
 };
 
-template <class T, class YTaps, bool Limited>
-void blendRows(const double* const (&rows)[YTaps::kCount], double share, std::ptrdiff_t size, T* to) {
+template <class T, class YTaps, bool Limited, class A>
+void blendRows(const A* const (&rows)[YTaps::kCount], A share, std::ptrdiff_t size, T* __restrict to) {
     for (std::ptrdiff_t i = 0; i < size; ++i) {
-        double s[YTaps::kCount];
+        A s[YTaps::kCount];
         for (std::ptrdiff_t k = 0; k < YTaps::kCount; ++k) s[k] = rows[k][i];
         to[i] = madeSample<T, Limited>(YTaps::value(s, share));
     }
@@ -140,81 +159,124 @@ void blendRows(const double* const (&rows)[YTaps::kCount], double share, std::pt
 
 // Samples to their places in the destination.
 template <class T>
-void putSamples(const T* from, std::ptrdiff_t size, std::ptrdiff_t nTogether, std::ptrdiff_t pixelStep, T* to) {
-    if (nTogether == pixelStep) {
+void putSamples(const T* from, const TapColumns& taps, std::ptrdiff_t pixelStep, T* to) {
+    const std::ptrdiff_t together = taps.row.nTogether;
+    const std::ptrdiff_t size = taps.samples();
+    if (together == pixelStep) {
         std::copy_n(from, size, to);
         return;
     }
-    for (std::ptrdiff_t i = 0; i < size; i += nTogether, to += pixelStep)
-        for (std::ptrdiff_t c = 0; c < nTogether; ++c) to[c] = from[i + c];
+    for (std::ptrdiff_t i = 0; i < size; i += together, to += pixelStep)
+        for (std::ptrdiff_t c = 0; c < together; ++c) to[c] = from[i + c];
 }
 
-// The rows of one piece of columns; gives the position below them.
-template <class T, class XTaps, class YTaps>
-double makePiece(const DecimateBlock& block, const DecimateShape& shape, const Columns<XTaps>& columns, const T* src,
-                 T* dst) {
+// A band of rows: the first one's position and how many.
+struct RowBand {
+    std::ptrdiff_t first;
+    std::ptrdiff_t rows;
+    double y;
+};
+
+// The rows of a band in one piece of columns; gives the position below them.
+template <class T, class XTaps, class YTaps, class A>
+double makePiece(const DecimateBlock& block, const DecimateShape& shape, const Columns<A>& columns, const RowBand& band,
+                 const T* src, T* dst) {
     constexpr bool kLimited = XTaps::kCount == 4 || YTaps::kCount == 4;
-    RowCache<T, XTaps, YTaps> cache;
+    RowCache<T, XTaps, YTaps, A> cache;
     std::fill_n(cache.held, YTaps::kCount, std::ptrdiff_t{-1});
-    T made[kPiece];
-    double y = static_cast<double>(block.yPos);
-    for (std::ptrdiff_t j = 0; j < shape.rows; ++j, y += static_cast<double>(block.yStep), dst += block.dstRowStep) {
+    T made[kTapPiece];
+    double y = band.y;
+    for (std::ptrdiff_t j = 0; j < band.rows; ++j, y += static_cast<double>(block.yStep), dst += block.dstRowStep) {
         const Tap tap = tapAt<YTaps>(y, shape.srcRows);
-        const double* rows[YTaps::kCount];
+        const A* rows[YTaps::kCount];
         for (std::ptrdiff_t k = 0; k < YTaps::kCount; ++k) {
             const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(tap.first + k, 0, shape.srcRows - 1);
-            rows[k] = cache.row(src, block.srcRowStep, row, columns);
+            rows[k] = cache.row(src, block.srcRowStep, row, shape.srcRows, columns);
         }
-        blendRows<T, YTaps, kLimited>(rows, tap.share, columns.size, made);
-        putSamples(made, columns.size, shape.nTogether, block.dstPixelStep, dst);
+        blendRows<T, YTaps, kLimited, A>(rows, static_cast<A>(tap.share), columns.taps.samples(), made);
+        putSamples(made, columns.taps, block.dstPixelStep, dst);
     }
     return y;
 }
 
-template <class T, class XTaps, class YTaps>
-void makePasses(const DecimateBlock& block, const DecimateShape& shape, std::ptrdiff_t firstColumn,
-                const Columns<XTaps>& columns, double* yEnd) {
+// The same of the nearest sample; bits are moved as they are.
+template <class T, class A>
+double copyPiece(const DecimateBlock& block, const DecimateShape& shape, const Columns<A>& columns, const RowBand& band,
+                 const T* src, T* dst) {
+    TapSamples<T> made[1];
+    const double ahead = kTapsAhead * static_cast<double>(block.yStep);
+    double y = band.y;
+    for (std::ptrdiff_t j = 0; j < band.rows; ++j, y += static_cast<double>(block.yStep), dst += block.dstRowStep) {
+        const std::ptrdiff_t first = tapAt<NoTaps>(y, shape.srcRows).first;
+        const auto rowAt = [&](std::ptrdiff_t r) {
+            return src + std::clamp<std::ptrdiff_t>(r, 0, shape.srcRows - 1) * block.srcRowStep;
+        };
+        prefetchTaps(rowAt(static_cast<std::ptrdiff_t>(y + ahead)), columns.taps);
+        const T* row = rowAt(first);
+        gatherTaps(row, columns.taps, made);
+        putSamples(made[0], columns.taps, block.dstPixelStep, dst);
+    }
+    return y;
+}
+
+template <class T, class XTaps, class YTaps, class A>
+double makePasses(const DecimateBlock& block, const DecimateShape& shape, std::ptrdiff_t firstColumn,
+                  const Columns<A>& columns, const RowBand& band) {
+    double yEnd = band.y;
     for (std::ptrdiff_t pass = 0; pass < shape.passes; ++pass) {
         const T* src = reinterpret_cast<const T*>(block.src) + pass * block.srcChannelStep;
-        T* dst = reinterpret_cast<T*>(block.dst) + pass * block.dstChannelStep + firstColumn * block.dstPixelStep;
+        T* dst = reinterpret_cast<T*>(block.dst) + pass * block.dstChannelStep + firstColumn * block.dstPixelStep +
+                 band.first * block.dstRowStep;
         if constexpr (XTaps::kCount * YTaps::kCount == 1) {
-            *yEnd = copyPiece(block, shape, columns, src, dst);
+            yEnd = copyPiece(block, shape, columns, band, src, dst);
         } else {
-            *yEnd = makePiece<T, XTaps, YTaps>(block, shape, columns, src, dst);
+            yEnd = makePiece<T, XTaps, YTaps, A>(block, shape, columns, band, src, dst);
         }
     }
+    return yEnd;
 }
 
-// One piece of columns of the nearest sample; bits are moved as they are.
-template <class T>
-double copyPiece(const DecimateBlock& block, const DecimateShape& shape, const Columns<NoTaps>& columns, const T* src,
-                 T* dst) {
-    T made[kPiece];
-    double y = static_cast<double>(block.yPos);
-    for (std::ptrdiff_t j = 0; j < shape.rows; ++j, y += static_cast<double>(block.yStep), dst += block.dstRowStep) {
-        const std::ptrdiff_t first = tapAt<NoTaps>(y, shape.srcRows).first;
-        const T* row = src + std::clamp<std::ptrdiff_t>(first, 0, shape.srcRows - 1) * block.srcRowStep;
-        T* to = shape.nTogether == block.dstPixelStep ? dst : made;
-        for (std::ptrdiff_t i = 0; i < columns.size; ++i) to[i] = row[columns.offsets[0][i]];
-        if (to == made) putSamples(made, columns.size, shape.nTogether, block.dstPixelStep, dst);
+template <class T, class XTaps, class YTaps, class A>
+void makeBands(DecimateBlock* block, const DecimateShape& shape) {
+    Columns<A> columns;
+    const std::ptrdiff_t most = kTapPiece / shape.nTogether;
+    double x = 0;
+    RowBand band{0, 0, static_cast<double>(block->yPos)};
+    for (; band.first < shape.rows; band.first += kTapBand) {
+        band.rows = std::min(kTapBand, shape.rows - band.first);
+        x = static_cast<double>(block->xPos);
+        double yEnd = band.y;
+        for (std::ptrdiff_t i = 0; i < shape.columns; i += most) {
+            x = placeColumns<XTaps>(*block, shape, x, std::min(most, shape.columns - i), &columns);
+            yEnd = makePasses<T, XTaps, YTaps, A>(*block, shape, i, columns, band);
+        }
+        band.y = yEnd;
     }
-    return y;
+    block->xPos = static_cast<float>(x);
+    block->yPos = static_cast<float>(band.y);
+}
+
+// Positions that go on by this step from this start are multiples of 2 to the power of -digits.
+bool hasDigits(float start, float step, std::int32_t digits) {
+    const float unit = std::ldexp(1.0f, -digits);
+    return std::fmod(start, unit) == 0 && std::fmod(step, unit) == 0;
+}
+
+// Lines of whole samples: two shares and a sample make a number of at most 24 digits, so every product and sum is exact in
+// single precision, and so are the two factors 1 - share.
+template <class T>
+bool isExactInSingle(const DecimateBlock& block) {
+    constexpr std::int32_t kDigits = (24 - std::numeric_limits<T>::digits) / 2;
+    return hasDigits(block.xPos, block.xStep, kDigits) && hasDigits(block.yPos, block.yStep, kDigits);
 }
 
 template <class T, class XTaps, class YTaps>
 void makeBody(DecimateBlock* block) {
     const DecimateShape shape = decimateShape(*block);
     if (shape.columns < 1 || shape.rows < 1 || shape.srcColumns < 1 || shape.srcRows < 1) return;
-    double x = static_cast<double>(block->xPos);
-    double y = 0;
-    Columns<XTaps> columns;
-    const std::ptrdiff_t most = kPiece / shape.nTogether;
-    for (std::ptrdiff_t i = 0; i < shape.columns; i += most) {
-        x = placeColumns(*block, shape, x, std::min(most, shape.columns - i), &columns);
-        makePasses<T, XTaps, YTaps>(*block, shape, i, columns, &y);
-    }
-    block->xPos = static_cast<float>(x);
-    block->yPos = static_cast<float>(y);
+    if constexpr (std::is_integral_v<T> && XTaps::kCount < 4 && YTaps::kCount < 4)
+        if (isExactInSingle<T>(*block)) return makeBands<T, XTaps, YTaps, float>(block, shape);
+    makeBands<T, XTaps, YTaps, double>(block, shape);
 }
 
 // Splits the first row off: `first` has it alone.

@@ -11,23 +11,27 @@
 
 #include "core/depth.h"
 #include "geometry/sampling.h"
+#include "geometry/taps.h"
 #include "geometry/zoom.h"
 
 namespace zetpxl {
 
 namespace {
 
-// Samples that are made of a row at a time, and rows at a time: their taps and rows stay in the first cache, their pages in
-// the processor's reach.
-constexpr std::ptrdiff_t kPiece = 256;
-constexpr std::ptrdiff_t kBand = 64;
-static_assert(kPiece <= kMaskPiece);
+static_assert(kTapPiece <= kMaskPiece);
+
+// Whole samples have whole differences, all of them exact in single precision too.
+template <class T>
+using TapValue = std::conditional_t<std::is_integral_v<T>, std::int32_t, double>;
 
 // One position on an axis: the first tap, in the whole image, and where the position lies behind the second.
 struct Tap {
     std::ptrdiff_t first;
     double share;
 };
+
+double single(double value) { return static_cast<double>(static_cast<float>(value)); }
+double single(std::int32_t value) { return static_cast<double>(value); }
 
 std::ptrdiff_t indexAt(double position) { return static_cast<std::ptrdiff_t>(position + kZoomTolerance); }
 
@@ -48,8 +52,9 @@ struct LinearTaps {
         return {index + axis.offset, position - static_cast<double>(index)};
     }
     static void weigh(float share, float (&w)[kWeights]) { w[0] = share; }
-    static double along(const double (&s)[kCount], const float (&w)[kWeights]) {
-        return static_cast<double>(w[0]) * (s[1] - s[0]) + s[0];
+    template <class V>
+    static double along(const V (&s)[kCount], const float (&w)[kWeights]) {
+        return static_cast<double>(w[0]) * static_cast<double>(s[1] - s[0]) + static_cast<double>(s[0]);
     }
     static double across(const double (&s)[kCount], const float (&w)[kWeights]) {
         return s[0] * (1 - static_cast<double>(w[0])) + s[1] * static_cast<double>(w[0]);
@@ -77,49 +82,46 @@ struct CubicTaps {
         w[1] = static_cast<float>(g * (t - 1) * kThird);
         w[2] = static_cast<float>(g);
     }
-    static double along(const double (&s)[kCount], const float (&w)[kWeights]) {
-        const double d1 = s[1] - s[0];
-        const double d2 = s[2] - s[1] - d1;
-        const double d3 = s[3] - 2 * s[2] + s[1] - d2;
-        const auto single = [](double d) { return static_cast<double>(static_cast<float>(d)); };
-        return s[0] + single(d1) * static_cast<double>(w[0]) + static_cast<double>(w[1]) * single(d3) +
-               static_cast<double>(w[2]) * single(d2);
+    template <class V>
+    static double along(const V (&s)[kCount], const float (&w)[kWeights]) {
+        const V d1 = s[1] - s[0];
+        const V d2 = s[2] - s[1] - d1;
+        const V d3 = s[3] - 2 * s[2] + s[1] - d2;
+        return static_cast<double>(s[0]) + single(d1) * static_cast<double>(w[0]) +
+               static_cast<double>(w[1]) * single(d3) + static_cast<double>(w[2]) * single(d2);
     }
     static double across(const double (&s)[kCount], const float (&w)[kWeights]) { return along(s, w); }
 };
 
-// Columns of a piece: where the taps of each sample lie in a row, and the weights.
+// Columns of a piece: their taps, and for each sample the weights.
 template <class Taps>
 struct Columns {
-    std::ptrdiff_t pixels;
-    std::ptrdiff_t size;
-    std::int32_t offsets[Taps::kCount][kPiece];
-    float weights[Taps::kWeights + 1][kPiece];
+    TapColumns taps;
+    float weights[Taps::kWeights + 1][kTapPiece];
 };
 
 template <class Taps>
-void placeSample(const ZoomRun& run, const Tap& tap, std::ptrdiff_t channel, std::ptrdiff_t at,
-                 Columns<Taps>* columns) {
-    for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) {
-        const std::ptrdiff_t column = std::clamp<std::ptrdiff_t>(tap.first + k, 0, run.x.size - 1);
-        columns->offsets[k][at] = static_cast<std::int32_t>(column * run.srcPixelStep + channel);
-    }
+void weighPixel(const Tap& tap, std::ptrdiff_t nTogether, std::ptrdiff_t pixel, Columns<Taps>* columns) {
     if constexpr (Taps::kWeights > 0) {
         float w[Taps::kWeights];
         Taps::weigh(static_cast<float>(tap.share), w);
-        for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) columns->weights[k][at] = w[k];
+        for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k)
+            std::fill_n(columns->weights[k] + pixel * nTogether, nTogether, w[k]);
     }
 }
 
 // Fills a piece from position `x` on and gives the position behind it.
 template <class Taps>
 double placeColumns(const ZoomRun& run, double x, std::ptrdiff_t pixels, Columns<Taps>* columns) {
-    columns->pixels = pixels;
-    columns->size = pixels * run.nTogether;
+    TapColumns* taps = &columns->taps;
+    taps->row = {run.x.size, run.srcPixelStep, run.nTogether};
+    taps->pixels = pixels;
     for (std::ptrdiff_t i = 0; i < pixels; ++i, x += run.x.step) {
         const Tap tap = Taps::at(run.x, x);
-        for (std::ptrdiff_t c = 0; c < run.nTogether; ++c) placeSample(run, tap, c, i * run.nTogether + c, columns);
+        taps->first[i] = static_cast<std::int32_t>(std::clamp<std::ptrdiff_t>(tap.first, -Taps::kCount, run.x.size));
+        weighPixel(tap, run.nTogether, i, columns);
     }
+    finishColumns(Taps::kCount, taps);
     return x;
 }
 
@@ -151,7 +153,7 @@ struct Window {
 // it made.
 template <class T, class Make>
 void forRows(const ZoomRun& run, const Window& window, std::ptrdiff_t pixels, std::uint8_t* dst, Make make) {
-    T made[kPiece];
+    TapSamples<T> made[1];
     double y = window.y;
     for (std::ptrdiff_t j = 0; j < window.rows; ++j, y += run.y.step) {
         T* to =
@@ -163,28 +165,34 @@ void forRows(const ZoomRun& run, const Window& window, std::ptrdiff_t pixels, st
                                pixels, &bytes);
         if (cover == MaskCover::None) continue;
         make(y, made);
-        putPixels(run, made, pixels, cover == MaskCover::Some ? bytes.data() : nullptr, to);
+        putPixels(run, made[0], pixels, cover == MaskCover::Some ? bytes.data() : nullptr, to);
     }
 }
 
 template <class T>
 void copyWindow(const ZoomRun& run, const Columns<NearestTaps>& columns, const Window& window, const std::uint8_t* src,
                 std::uint8_t* dst) {
-    forRows<T>(run, window, columns.pixels, dst, [&](double y, T* made) {
+    const T* made = nullptr;  // the row that was gathered last
+    forRows<T>(run, window, columns.taps.pixels, dst, [&](double y, TapSamples<T>(&samples)[1]) {
         const T* row = sourceRow<T>(run, src, NearestTaps::at(run.y, y).first);
-        for (std::ptrdiff_t i = 0; i < columns.size; ++i) made[i] = row[columns.offsets[0][i]];
+        if (row == made) return;
+        gatherTaps(row, columns.taps, samples);
+        made = row;
     });
 }
 
 // Interpolates a source row along x.
 template <class T, class Taps>
-void columnPass(const T* row, const Columns<Taps>& columns, float* to) {
-    for (std::ptrdiff_t i = 0; i < columns.size; ++i) {
-        double s[Taps::kCount];
+void columnPass(const T* row, const Columns<Taps>& columns, double* __restrict to) {
+    TapSamples<T> taps[Taps::kCount];
+    gatherTaps(row, columns.taps, taps);
+    const std::ptrdiff_t size = columns.taps.samples();
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        TapValue<T> s[Taps::kCount];
         float w[Taps::kWeights];
-        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(row[columns.offsets[k][i]]);
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<TapValue<T>>(taps[k][i]);
         for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) w[k] = columns.weights[k][i];
-        to[i] = static_cast<float>(Taps::along(s, w));
+        to[i] = single(Taps::along(s, w));
     }
 }
 
@@ -201,30 +209,32 @@ T madeSample(double value) {
 }
 
 template <class T, class Taps>
-void blendRows(const float* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* to) {
+void blendRows(const double* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* __restrict to) {
     float w[Taps::kWeights];
     Taps::weigh(static_cast<float>(share), w);
     for (std::ptrdiff_t i = 0; i < size; ++i) {
         double s[Taps::kCount];
-        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(rows[k][i]);
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = rows[k][i];
         to[i] = madeSample<T, Taps>(Taps::across(s, w));
     }
 }
 
-// Interpolated rows, each in the slot of its number.
+// Interpolated rows, each in the slot of its number: single precision numbers, held wide as the blend takes them.
 template <class Taps>
 struct RowCache {
     std::ptrdiff_t held[Taps::kCount];
-    float rows[Taps::kCount * kPiece];
+    double rows[Taps::kCount * kTapPiece];
 };
 
 template <class T, class Taps>
-const float* cachedRow(const ZoomRun& run, const Columns<Taps>& columns, const std::uint8_t* src, std::ptrdiff_t index,
-                       RowCache<Taps>* cache) {
+const double* cachedRow(const ZoomRun& run, const Columns<Taps>& columns, const std::uint8_t* src, std::ptrdiff_t index,
+                        RowCache<Taps>* cache) {
     const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(index, 0, run.y.size - 1);
     const std::ptrdiff_t slot = row % Taps::kCount;
-    float* to = cache->rows + slot * kPiece;
-    if (cache->held[slot] != row) columnPass<T, Taps>(sourceRow<T>(run, src, row), columns, to);
+    double* to = cache->rows + slot * kTapPiece;
+    if (cache->held[slot] == row) return to;
+    prefetchTaps(sourceRow<T>(run, src, row + kTapsAhead), columns.taps);
+    columnPass<T, Taps>(sourceRow<T>(run, src, row), columns, to);
     cache->held[slot] = row;
     return to;
 }
@@ -234,12 +244,12 @@ void blendWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window&
                  std::uint8_t* dst) {
     RowCache<Taps> cache;
     std::fill_n(cache.held, Taps::kCount, std::ptrdiff_t{-1});
-    forRows<T>(run, window, columns.pixels, dst, [&](double y, T* made) {
+    forRows<T>(run, window, columns.taps.pixels, dst, [&](double y, TapSamples<T>(&made)[1]) {
         const Tap tap = Taps::at(run.y, y);
-        const float* rows[Taps::kCount];
+        const double* rows[Taps::kCount];
         for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k)
             rows[k] = cachedRow<T, Taps>(run, columns, src, tap.first + k, &cache);
-        blendRows<T, Taps>(rows, tap.share, columns.size, made);
+        blendRows<T, Taps>(rows, tap.share, columns.taps.samples(), made[0]);
     });
 }
 
@@ -259,10 +269,10 @@ void makeWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window& 
 template <class T, class Taps>
 void makeRows(const ZoomRun& run) {
     Columns<Taps> columns;
-    const std::ptrdiff_t most = kPiece / run.nTogether;
+    const std::ptrdiff_t most = kTapPiece / run.nTogether;
     Window window{0, 0, 0, run.y.start};
-    for (; window.firstRow < run.height; window.firstRow += kBand) {
-        window.rows = std::min(kBand, run.height - window.firstRow);
+    for (; window.firstRow < run.height; window.firstRow += kTapBand) {
+        window.rows = std::min(kTapBand, run.height - window.firstRow);
         double x = run.x.start;
         for (window.firstColumn = 0; window.firstColumn < run.width; window.firstColumn += most) {
             x = placeColumns(run, x, std::min(most, run.width - window.firstColumn), &columns);
