@@ -9,7 +9,7 @@
 #include <type_traits>
 
 #include "core/alloc.h"
-#include "geometry/decimate.h"
+#include "geometry/decimboxes.h"
 
 namespace zetpxl {
 
@@ -64,8 +64,10 @@ struct AreaCells {
     std::ptrdiff_t count;
     std::int32_t* first;
     std::int32_t* wholes;
-    double* begin;  // the first sample's share; below 0 when there is none
+    std::int32_t* last;  // samples from the first to a crossing last one, or to the one behind the last
+    double* begin;       // the first sample's share; below 0 when there is none
     double* end;
+    std::int32_t mostBetween;
 };
 
 constexpr double kNoCrossing = -1;
@@ -90,6 +92,11 @@ void planCells(const DecimateBlock& block, std::ptrdiff_t nColumns, std::ptrdiff
         if (!step.crosses && step.closes) open(k, column + 1, kNoCrossing);
     }
     cells->count = std::min(k + 1, most);
+    cells->mostBetween = 0;
+    for (k = 0; k < cells->count; ++k) {
+        cells->last[k] = cells->wholes[k] + (cells->begin[k] >= 0);
+        cells->mostBetween = std::max(cells->mostBetween, cells->last[k] - 1);
+    }
 }
 
 template <class T>
@@ -150,8 +157,67 @@ double cellSum(const AreaCells& cells, std::ptrdiff_t k, const float* sums, std:
     return static_cast<double>(sum) + static_cast<double>(*at) * cells.end[k];
 }
 
+// Cells that are summed side by side, and the most samples between their outer ones that this pays for.
+constexpr std::ptrdiff_t kCellPiece = 64;
+constexpr std::int32_t kMostBetween = 3;
+
+// Samples of cells, by their place in the cell.
+struct CellSamples {
+    float first[kCellPiece];
+    float between[kMostBetween][kCellPiece];
+    float last[kCellPiece];
+};
+
+void gatherCells(const AreaCells& cells, const float* sums, std::ptrdiff_t step, std::ptrdiff_t from,
+                 std::ptrdiff_t count, CellSamples* samples) {
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+        const float* at = sums + cells.first[from + k] * step;
+        samples->first[k] = *at;
+        for (std::int32_t i = 0; i < cells.mostBetween; ++i) samples->between[i][k] = at[(i + 1) * step];
+        samples->last[k] = at[cells.last[from + k] * step];
+    }
+}
+
+// cellSum for cells side by side: all take as many steps as the longest, and a step too many adds -0, which changes no
+// number.
+void sumCells(const AreaCells& cells, const CellSamples& samples, std::ptrdiff_t from, std::ptrdiff_t count,
+              double* made) {
+    const double* const begin = cells.begin + from;
+    const double* const end = cells.end + from;
+    const std::int32_t* const last = cells.last + from;
+    float sum[kCellPiece];
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+        const auto share = static_cast<float>(static_cast<double>(samples.first[k]) * begin[k]);
+        sum[k] = begin[k] < 0 ? samples.first[k] + 0.0f : share;
+    }
+    for (std::int32_t i = 0; i < cells.mostBetween; ++i)
+        for (std::ptrdiff_t k = 0; k < count; ++k) sum[k] += i + 1 < last[k] ? samples.between[i][k] : -0.0f;
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+        const double share = static_cast<double>(samples.last[k]) * end[k];
+        made[k] = static_cast<double>(sum[k]) + (end[k] < 0 ? -0.0 : share);
+    }
+}
+
+template <class T>
+void putCellPieces(const AreaCells& cells, const SumRow& row, double inverse, std::ptrdiff_t dstPixelStep, T* dst) {
+    CellSamples samples;
+    double made[kCellPiece];
+    for (std::ptrdiff_t from = 0; from < cells.count; from += kCellPiece) {
+        const std::ptrdiff_t count = std::min(kCellPiece, cells.count - from);
+        for (std::ptrdiff_t c = 0; c < row.together; ++c) {
+            gatherCells(cells, row.sums + c, row.together, from, count, &samples);
+            sumCells(cells, samples, from, count, made);
+            T values[kCellPiece];
+            for (std::ptrdiff_t k = 0; k < count; ++k) values[k] = areaSample<T>(made[k] * inverse);
+            T* to = dst + from * dstPixelStep + c;
+            for (std::ptrdiff_t k = 0; k < count; ++k) to[k * dstPixelStep] = values[k];
+        }
+    }
+}
+
 template <class T>
 void putCells(const AreaCells& cells, const SumRow& row, double inverse, std::ptrdiff_t dstPixelStep, T* dst) {
+    if (cells.mostBetween <= kMostBetween) return putCellPieces(cells, row, inverse, dstPixelStep, dst);
     for (std::ptrdiff_t k = 0; k < cells.count; ++k)
         for (std::ptrdiff_t c = 0; c < row.together; ++c)
             dst[k * dstPixelStep + c] = areaSample<T>(cellSum(cells, k, row.sums + c, row.together) * inverse);
@@ -209,20 +275,25 @@ void areaPasses(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t f
 // False when memory cannot be had.
 template <class T>
 bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
+    if (makeBoxes<T>(block, shape)) return true;
     const auto c0 = static_cast<std::ptrdiff_t>(block.xPos);
     const auto r0 = static_cast<std::ptrdiff_t>(block.yPos);
     const std::ptrdiff_t nColumns = areaExtent(shape.columns, block.xStep, c0, shape.srcColumns);
     const std::ptrdiff_t nRows = areaExtent(shape.rows, block.yStep, r0, shape.srcRows);
-    const Block<float> sums = allocBlock<float>(nColumns * shape.nTogether);
-    const Block<std::int32_t> counts = allocBlock<std::int32_t>(shape.columns * 2);
+    // Some columns more than there are: cells are looked at by the longest of them.
+    const std::ptrdiff_t spare = (kMostBetween + 2) * shape.nTogether;
+    const Block<float> sums = allocBlock<float>(nColumns < 1 ? 0 : nColumns * shape.nTogether + spare);
+    const Block<std::int32_t> counts = allocBlock<std::int32_t>(shape.columns * 3);
     const Block<double> shares = allocBlock<double>(shape.columns * 2);
     if (!sums || !counts || !shares) return false;
     AreaRun run{&block,
-                {0, counts.get(), counts.get() + shape.columns, shares.get(), shares.get() + shape.columns},
+                {0, counts.get(), counts.get() + shape.columns, counts.get() + 2 * shape.columns, shares.get(),
+                 shares.get() + shape.columns, 0},
                 {sums.get(), nColumns, shape.nTogether, block.srcPixelStep},
                 shape.rows,
                 nRows,
                 1 / (static_cast<double>(block.yStep) * static_cast<double>(block.xStep))};
+    std::fill_n(sums.get() + nColumns * shape.nTogether, spare, 0.0f);
     planCells(block, nColumns, shape.columns, &run.cells);
     areaPasses<T>(run, shape, r0 * block.srcRowStep + c0 * block.srcPixelStep);
     return true;
