@@ -5,6 +5,7 @@
 #include "convert/hlsrows.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "core/depth.h"
 
@@ -48,76 +49,128 @@ T cut(double value) {
     return static_cast<T>(static_cast<std::int32_t>(value));
 }
 
-double hueOf(double r, double g, double b, double greatest, double difference) {
-    double h = (r - g) / difference * 60 + 240;
-    if (g == greatest) h = (b - r) / difference * 60 + 120;
-    if (r == greatest) h = (g - b) / difference * 60;
-    return h < 0 ? h + 360 : h;
+// Pixels that are converted at a time, channel by channel, without a branch: every choice is made between results that are
+// all there.
+constexpr std::ptrdiff_t kPiece = 128;
+
+template <class T>
+using Samples = T[3][kPiece];
+
+template <class T, class Step>
+void takeSamples(const ColourRow& row, std::ptrdiff_t first, std::ptrdiff_t count, Step step, Samples<T>& samples) {
+    const T* const in[] = {reinterpret_cast<const T*>(row.in[0]) + first * step,
+                           reinterpret_cast<const T*>(row.in[1]) + first * step,
+                           reinterpret_cast<const T*>(row.in[2]) + first * step};
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        samples[0][i] = in[0][i * step];
+        samples[1][i] = in[1][i * step];
+        samples[2][i] = in[2][i * step];
+    }
+}
+
+template <class T, class Step>
+void putSamples(const ColourRow& row, std::ptrdiff_t first, std::ptrdiff_t count, Step step,
+                const Samples<T>& samples) {
+    T* const out[] = {reinterpret_cast<T*>(row.out[0]) + first * step, reinterpret_cast<T*>(row.out[1]) + first * step,
+                      reinterpret_cast<T*>(row.out[2]) + first * step};
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        out[0][i * step] = samples[0][i];
+        out[1][i * step] = samples[1][i];
+        out[2][i * step] = samples[2][i];
+    }
+}
+
+// Three samples a pixel are the usual case, and one that the compiler can take apart when it knows.
+using Three = std::integral_constant<std::ptrdiff_t, 3>;
+
+template <class T, class Convert>
+void convertRow(const ColourRow& row, Convert convert) {
+    Samples<T> in;
+    Samples<T> out;
+    for (std::ptrdiff_t first = 0; first < row.width; first += kPiece) {
+        const std::ptrdiff_t count = std::min(kPiece, row.width - first);
+        if (row.inStep == 3) {
+            takeSamples<T>(row, first, count, Three{}, in);
+        } else {
+            takeSamples<T>(row, first, count, row.inStep, in);
+        }
+        convert(in, count, out);
+        if (row.outStep == 3) {
+            putSamples<T>(row, first, count, Three{}, out);
+        } else {
+            putSamples<T>(row, first, count, row.outStep, out);
+        }
+    }
 }
 
 template <class T>
-void rgbToHls(const ColourRow& row) {
+void hlsOfPiece(const Samples<T>& rgb, std::ptrdiff_t count, Samples<T>& hls) {
     using C = Coding<T>;
-    const auto at = [&](std::size_t c, std::ptrdiff_t x) {
-        return static_cast<double>(reinterpret_cast<const T*>(row.in[c])[x * row.inStep]) + C::bias;
-    };
-    const auto put = [&](std::size_t c, std::ptrdiff_t x, double value) {
-        reinterpret_cast<T*>(row.out[c])[x * row.outStep] = cut<T>(value - C::bias);
-    };
-    for (std::ptrdiff_t x = 0; x < row.width; ++x) {
-        const double r = at(0, x);
-        const double g = at(1, x);
-        const double b = at(2, x);
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const double r = static_cast<double>(rgb[0][i]) + C::bias;
+        const double g = static_cast<double>(rgb[1][i]) + C::bias;
+        const double b = static_cast<double>(rgb[2][i]) + C::bias;
         const double greatest = std::max(std::max(r, g), b);
         const double least = std::min(std::min(r, g), b);
         const double sum = greatest + least;
         const double difference = greatest - least;
         const double lightness = 0.5 * sum;
-        double hue = 0;
-        double saturation = 0;
-        if (difference != 0) {
-            saturation = difference / (lightness <= C::full / 2 ? sum : 2 * C::full - sum);
-            hue = hueOf(r, g, b, greatest, difference);
-        }
-        put(0, x, hue * C::hueOut);
-        put(1, x, lightness);
-        put(2, x, saturation * C::full);
+        const double divisor = lightness <= C::full / 2 ? sum : 2 * C::full - sum;
+        double part = g == greatest ? b - r : r - g;
+        part = r == greatest ? g - b : part;
+        double sector = g == greatest ? 120 : 240;
+        sector = r == greatest ? 0 : sector;
+        double hue = part / difference * 60 + sector;
+        hue = hue < 0 ? hue + 360 : hue;
+        hue = difference != 0 ? hue : 0;
+        double saturation = difference / divisor;
+        saturation = difference != 0 ? saturation : 0;
+        hls[0][i] = cut<T>(hue * C::hueOut - C::bias);
+        hls[1][i] = cut<T>(lightness - C::bias);
+        hls[2][i] = cut<T>(saturation * C::full - C::bias);
     }
+}
+
+template <class T>
+void rgbToHls(const ColourRow& row) {
+    convertRow<T>(row, hlsOfPiece<T>);
 }
 
 double channelOf(double angle, double m1, double m2) {
     constexpr double sixtieth = 0.016666666666666666;
-    if (angle < 60) return (m2 - m1) * sixtieth * angle + m1;
-    if (angle < 180) return m2;
-    if (angle < 240) return (240 - angle) * (m2 - m1) * sixtieth + m1;
-    return m1;
+    const double rising = (m2 - m1) * sixtieth * angle + m1;
+    const double falling = (240 - angle) * (m2 - m1) * sixtieth + m1;
+    double value = angle < 240 ? falling : m1;
+    value = angle < 180 ? m2 : value;
+    return angle < 60 ? rising : value;
+}
+
+template <class T>
+void rgbOfPiece(const Samples<T>& hls, std::ptrdiff_t count, Samples<T>& rgb) {
+    using C = Coding<T>;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const T stored = hls[1][i];
+        const double h = (static_cast<double>(hls[0][i]) + C::bias) * C::hueIn;
+        const double l = (static_cast<double>(stored) + C::bias) * C::fractionIn;
+        const double s = (static_cast<double>(hls[2][i]) + C::bias) * C::fractionIn;
+        const double light = (s + l) - s * l;
+        const double m2 = l <= 0.5 ? (s + 1) * l : light;
+        const double m1 = 2 * l - m2;
+        const double red = h + 120 > 360 ? h + 120 - 360 : h + 120;
+        const double blue = h - 120 < 0 ? h - 120 + 360 : h - 120;
+        const bool grey = s == 0;
+        const T made[] = {cut<T>(channelOf(red, m1, m2) * C::full - C::bias),
+                          cut<T>(channelOf(h, m1, m2) * C::full - C::bias),
+                          cut<T>(channelOf(blue, m1, m2) * C::full - C::bias)};
+        rgb[0][i] = grey ? stored : made[0];
+        rgb[1][i] = grey ? stored : made[1];
+        rgb[2][i] = grey ? stored : made[2];
+    }
 }
 
 template <class T>
 void hlsToRgb(const ColourRow& row) {
-    using C = Coding<T>;
-    const auto at = [&](std::size_t c, std::ptrdiff_t x) {
-        return reinterpret_cast<const T*>(row.in[c])[x * row.inStep];
-    };
-    const auto put = [&](std::size_t c, std::ptrdiff_t x, T value) {
-        reinterpret_cast<T*>(row.out[c])[x * row.outStep] = value;
-    };
-    for (std::ptrdiff_t x = 0; x < row.width; ++x) {
-        const T stored = at(1, x);
-        const double h = (static_cast<double>(at(0, x)) + C::bias) * C::hueIn;
-        const double l = (static_cast<double>(stored) + C::bias) * C::fractionIn;
-        const double s = (static_cast<double>(at(2, x)) + C::bias) * C::fractionIn;
-        if (s == 0) {
-            for (std::size_t c = 0; c < 3; ++c) put(c, x, stored);
-            continue;
-        }
-        const double m2 = l <= 0.5 ? (s + 1) * l : (s + l) - s * l;
-        const double m1 = 2 * l - m2;
-        const double red = h + 120 > 360 ? h + 120 - 360 : h + 120;
-        const double blue = h - 120 < 0 ? h - 120 + 360 : h - 120;
-        const double angles[] = {red, h, blue};
-        for (std::size_t c = 0; c < 3; ++c) put(c, x, cut<T>(channelOf(angles[c], m1, m2) * C::full - C::bias));
-    }
+    convertRow<T>(row, rgbOfPiece<T>);
 }
 
 constexpr ColourRoutine ownRGB2HLSRow8U = rgbToHls<std::uint8_t>;
