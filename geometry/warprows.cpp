@@ -1,65 +1,157 @@
 //   warp.1 the source position is summed along a span, and its base from row to row: the sums decide which pixel is nearest,
 //          so they are never formed afresh
+//   warp.2 the sums of one row wait for each other, so several rows go side by side
+//   warp.3 a slanted row crosses many rows of the source, so bands of rows are made piece by piece, whose sources stay in the
+//          cache
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "core/depth.h"
+#include "geometry/samplerows.h"
 #include "geometry/warp.h"
 
 namespace zetpxl {
 
 namespace {
 
-// One destination pixel of a span from its source position.
-using WarpPixel = void (*)(const WarpRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row);
+// A row of the polygon and the source position of its next pixel.
+struct Span {
+    std::int32_t y;
+    std::int32_t next, last;  // columns
+    double sx, sy;
+};
 
-void nearestBit(const WarpRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    std::int32_t column = 0;
-    std::int32_t line = 0;
-    if (toIndex(sx + 0.5, &column) && toIndex(sy + 0.5, &line)) putBit(row, x, bitAt(run.src, column, line));
+constexpr std::size_t kRows = 4;
+constexpr std::size_t kBand = 64;
+using Spans = std::array<Span, kBand>;
+using Lists = std::array<PositionList, kRows>;
+
+// The next positions of kRows spans; those past a span's end are not counted.
+void nextPositions(const AffineMatrix& inverse, Span* spans, Lists* lists) {
+    const double dx = inverse.c[0];
+    const double dy = inverse.c[3];
+    double sx[kRows];
+    double sy[kRows];
+    for (std::size_t r = 0; r < kRows; ++r) sx[r] = spans[r].sx, sy[r] = spans[r].sy;
+    for (std::ptrdiff_t i = 0; i < kPositions; ++i)
+        for (std::size_t r = 0; r < kRows; ++r) {
+            (*lists)[r].x[i] = sx[r];
+            (*lists)[r].y[i] = sy[r];
+            sx[r] += dx;
+            sy[r] += dy;
+        }
+    for (std::size_t r = 0; r < kRows; ++r) {
+        Span& span = spans[r];
+        PositionList& list = (*lists)[r];
+        list.count = std::clamp<std::ptrdiff_t>(std::ptrdiff_t{span.last} - span.next + 1, 0, kPositions);
+        for (std::ptrdiff_t i = 0; i < list.count; ++i) list.column[i] = static_cast<std::int32_t>(span.next + i);
+        span.next += static_cast<std::int32_t>(list.count);
+        span.sx = sx[r];
+        span.sy = sy[r];
+    }
 }
 
-template <class T>
-void nearest(const WarpRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    nearestPixel<T>(run.src, sx, sy, run.nProc, row + x * run.dst.pixelStep, run.dst.channelStep);
+bool hasIndex(double position, double bias) {
+    std::int32_t index = 0;
+    return toIndex(position + bias, &index);
 }
 
-template <class T>
-void linear(const WarpRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    LinearTap tx;
-    LinearTap ty;
-    if (!linearTap(sx, run.src.lastColumn, &tx) || !linearTap(sy, run.src.lastRow, &ty)) return;
-    linearPixel<T>(run.src, tx, ty, run.nProc, row + x * run.dst.pixelStep, run.dst.channelStep);
+// Leaves positions without an index out. Sums of one step go one way, so ends that have an index vouch for all between.
+void keepIndexed(double bias, PositionList* list) {
+    const auto indexed = [&](std::ptrdiff_t i) { return hasIndex(list->x[i], bias) && hasIndex(list->y[i], bias); };
+    if (indexed(0) && indexed(list->count - 1)) return;
+    std::ptrdiff_t kept = 0;
+    for (std::ptrdiff_t i = 0; i < list->count; ++i) {
+        list->x[kept] = list->x[i];
+        list->y[kept] = list->y[i];
+        list->column[kept] = list->column[i];
+        kept += indexed(i);
+    }
+    list->count = kept;
 }
 
-template <class T>
-void cubic(const WarpRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    cubicPixel<T>(run.src, sx, sy, run.nProc, row + x * run.dst.pixelStep, run.dst.channelStep);
+struct WarpRule {
+    SampleRoutine make;
+    double bias;  // added before a position is cut to an index
+};
+
+// The next piece of kRows spans; false when they are done.
+bool warpPieces(const WarpRun& run, const WarpRule& rule, Span* spans) {
+    const SampleSource source{run.src, run.src.lastColumn, run.src.lastRow, run.nProc};
+    Lists lists;
+    nextPositions(run.inverse, spans, &lists);
+    bool any = false;
+    for (std::size_t r = 0; r < kRows; ++r) {
+        if (lists[r].count == 0) continue;
+        any = true;
+        keepIndexed(rule.bias, &lists[r]);
+        rule.make(source, lists[r],
+                  {run.dst.origin + spans[r].y * run.dst.rowStep, run.dst.pixelStep, run.dst.channelStep});
+    }
+    return any;
 }
 
-template <WarpPixel Pixel>
-void warpSpans(const WarpRun& run) {
+void warpBand(const WarpRun& run, const WarpRule& rule, Spans* spans) {
+    for (bool any = true; any;) {
+        any = false;
+        for (std::size_t r = 0; r < kBand; r += kRows) any |= warpPieces(run, rule, spans->data() + r);
+    }
+}
+
+constexpr Span kNoSpan{0, 0, -1, 0, 0};
+
+// Calls make(spans) for bands of rows; the last is filled up with empty spans.
+template <class Make>
+void forBands(const WarpRun& run, Make make) {
     const double* d = run.inverse.c;
     double baseX = d[1] * run.spans->yFirst + d[2];
     double baseY = d[4] * run.spans->yFirst + d[5];
+    Spans spans;
+    std::size_t count = 0;
     for (std::int32_t y = run.spans->yFirst; y <= run.spans->yLast; ++y, baseX += d[1], baseY += d[4]) {
         const auto i = static_cast<std::size_t>(y - run.spans->yFirst);
         const std::int32_t left = run.spans->left[i];
-        std::uint8_t* row = run.dst.origin + y * run.dst.rowStep;
-        double sx = d[0] * left + baseX;
-        double sy = d[3] * left + baseY;
-        for (std::int32_t x = left; x <= run.spans->right[i]; ++x, sx += d[0], sy += d[3]) Pixel(run, sx, sy, x, row);
+        spans[count++] = {y, left, run.spans->right[i], d[0] * left + baseX, d[3] * left + baseY};
+        if (count < kBand && y < run.spans->yLast) continue;
+        std::fill(spans.data() + count, spans.data() + kBand, kNoSpan);
+        make(&spans);
+        count = 0;
     }
+}
+
+template <SampleRoutine Make, bool Nearest>
+void warpSpans(const WarpRun& run) {
+    const WarpRule rule{Make, Nearest ? 0.5 : kWholeTolerance};
+    forBands(run, [&](Spans* spans) { warpBand(run, rule, spans); });
+}
+
+void warpBits(const WarpRun& run) {
+    const double dx = run.inverse.c[0];
+    const double dy = run.inverse.c[3];
+    forBands(run, [&](Spans* spans) {
+        for (Span& span : *spans) {
+            std::uint8_t* row = run.dst.origin + span.y * run.dst.rowStep;
+            for (; span.next <= span.last; ++span.next, span.sx += dx, span.sy += dy) {
+                std::int32_t column = 0;
+                std::int32_t line = 0;
+                if (toIndex(span.sx + 0.5, &column) && toIndex(span.sy + 0.5, &line))
+                    putBit(row, span.next, bitAt(run.src, column, line));
+            }
+        }
+    });
 }
 
 using WarpRoutine = void (*)(const WarpRun& run);
 using WarpRoutines = std::array<WarpRoutine, 3>;
 
 template <class T>
-constexpr WarpRoutines warpRoutines = {warpSpans<nearest<T>>, warpSpans<linear<T>>, warpSpans<cubic<T>>};
+constexpr WarpRoutines warpRoutines = {warpSpans<nearestPositions<T>, true>, warpSpans<linearPositions<T>, false>,
+                                       warpSpans<cubicPositions<T>, false>};
 
 // By depth and interpolation; signed depths are refused, and bits always take the nearest.
 constexpr std::array<WarpRoutines, kDepthCount> warpTable = {{
-    {warpSpans<nearestBit>, nullptr, nullptr},
+    {warpBits, nullptr, nullptr},
     warpRoutines<std::uint8_t>,
     {nullptr, nullptr, nullptr},
     warpRoutines<std::uint16_t>,

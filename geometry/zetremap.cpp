@@ -9,6 +9,7 @@
 #include "core/depth.h"
 #include "core/region.h"
 #include "core/tiles.h"
+#include "geometry/samplerows.h"
 #include "geometry/warp.h"
 #include "pixel/rect.h"
 
@@ -35,44 +36,58 @@ struct RemapRun {
     std::int32_t height;
 };
 
-using RemapPixel = void (*)(const RemapRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row);
-
-void nearestBit(const RemapRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    std::int32_t column = 0;
-    std::int32_t line = 0;
-    if (toIndex(sx + 0.5, &column) && toIndex(sy + 0.5, &line))
-        putBit(row, std::ptrdiff_t{run.dstBit} + x, bitAt(run.src, column, line));
+const float* mapRow(const std::uint8_t* map, std::ptrdiff_t step, std::ptrdiff_t y) {
+    return reinterpret_cast<const float*>(map + y * step);
 }
 
-template <class T>
-void nearest(const RemapRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    nearestPixel<T>(run.src, sx, sy, run.nProc, row + x * run.dstPixelStep, run.dstChannelStep);
+bool isInside(const ZetRoiBounds& b, double sx, double sy) {
+    return sx >= b.x0 && sx <= b.x1 && sy >= b.y0 && sy <= b.y1;
 }
 
-template <class T>
-void linear(const RemapRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    LinearTap tx;
-    LinearTap ty;
-    if (!linearTap(sx, run.bounds.x1, &tx) || !linearTap(sy, run.bounds.y1, &ty)) return;
-    linearPixel<T>(run.src, tx, ty, run.nProc, row + x * run.dstPixelStep, run.dstChannelStep);
+// The positions of up to kPositions columns that lie inside the source's region.
+void listPositions(const RemapRun& run, const float* xs, const float* ys, std::int32_t first, PositionList* list) {
+    const std::int32_t end = std::min(run.width, first + static_cast<std::int32_t>(kPositions));
+    std::ptrdiff_t count = 0;
+    for (std::int32_t x = first; x < end; ++x) {
+        const double sx = static_cast<double>(xs[x]);
+        const double sy = static_cast<double>(ys[x]);
+        list->x[count] = sx;
+        list->y[count] = sy;
+        list->column[count] = x;
+        count += isInside(run.bounds, sx, sy);
+    }
+    list->count = count;
 }
 
-template <class T>
-void cubic(const RemapRun& run, double sx, double sy, std::int32_t x, std::uint8_t* row) {
-    cubicPixel<T>(run.src, sx, sy, run.nProc, row + x * run.dstPixelStep, run.dstChannelStep);
+// Rows that are made piece by piece, so that what they read of a bent source stays in the cache.
+constexpr std::int32_t kBand = 32;
+
+template <SampleRoutine Make>
+void remapBand(const RemapRun& run, std::int32_t yFirst, std::int32_t yEnd) {
+    const SampleSource source{run.src, run.bounds.x1, run.bounds.y1, run.nProc};
+    PositionList list;
+    for (std::int32_t x = 0; x < run.width; x += static_cast<std::int32_t>(kPositions))
+        for (std::ptrdiff_t y = yFirst; y < yEnd; ++y) {
+            listPositions(run, mapRow(run.xMap, run.xMapStep, y), mapRow(run.yMap, run.yMapStep, y), x, &list);
+            Make(source, list, {run.dst + y * run.dstRowStep, run.dstPixelStep, run.dstChannelStep});
+        }
 }
 
-template <RemapPixel Pixel>
+template <SampleRoutine Make>
 void remapRows(const RemapRun& run) {
-    const ZetRoiBounds& b = run.bounds;
+    for (std::int32_t y = 0; y < run.height; y += kBand) remapBand<Make>(run, y, std::min(run.height, y + kBand));
+}
+
+void remapBits(const RemapRun& run) {
     for (std::ptrdiff_t y = 0; y < run.height; ++y) {
-        const float* xs = reinterpret_cast<const float*>(run.xMap + y * run.xMapStep);
-        const float* ys = reinterpret_cast<const float*>(run.yMap + y * run.yMapStep);
-        std::uint8_t* row = run.dst + y * run.dstRowStep;
+        const float* xs = mapRow(run.xMap, run.xMapStep, y);
+        const float* ys = mapRow(run.yMap, run.yMapStep, y);
         for (std::int32_t x = 0; x < run.width; ++x) {
             const double sx = static_cast<double>(xs[x]);
             const double sy = static_cast<double>(ys[x]);
-            if (sx >= b.x0 && sx <= b.x1 && sy >= b.y0 && sy <= b.y1) Pixel(run, sx, sy, x, row);
+            if (!isInside(run.bounds, sx, sy)) continue;
+            putBit(run.dst + y * run.dstRowStep, std::ptrdiff_t{run.dstBit} + x,
+                   bitAt(run.src, static_cast<std::int32_t>(sx + 0.5), static_cast<std::int32_t>(sy + 0.5)));
         }
     }
 }
@@ -81,11 +96,12 @@ using RemapRoutine = void (*)(const RemapRun& run);
 using RemapRoutines = std::array<RemapRoutine, 3>;
 
 template <class T>
-constexpr RemapRoutines remapRoutines = {remapRows<nearest<T>>, remapRows<linear<T>>, remapRows<cubic<T>>};
+constexpr RemapRoutines remapRoutines = {remapRows<nearestPositions<T>>, remapRows<linearPositions<T>>,
+                                         remapRows<cubicPositions<T>>};
 
 // By depth and interpolation; signed depths are refused, and bits always take the nearest.
 constexpr std::array<RemapRoutines, kDepthCount> remapTable = {{
-    {remapRows<nearestBit>, nullptr, nullptr},
+    {remapBits, nullptr, nullptr},
     remapRoutines<std::uint8_t>,
     {nullptr, nullptr, nullptr},
     remapRoutines<std::uint16_t>,
