@@ -1,4 +1,5 @@
-// Any matrices, quadrangles, angles and maps: warps, turns, shears and remaps stay inside their images.
+// Any matrices, quadrangles, angles, maps and factors: warps, turns, shears, remaps and changes of scale stay inside their
+// images.
 //
 // The input says which images there are and which numbers an operation gets. Pixels lie in blocks of their own, so that the
 // sanitizers see every step outside; tiles are handed out one block each.
@@ -166,6 +167,54 @@ void remap(Picture* src, Picture* dst, Input* input, std::int32_t mode) {
     zetRemap(&src->image, &maps[0].image, &maps[1].image, &dst->image, mode);
 }
 
+// Mostly factors that leave pixels, by numbers of all sizes.
+std::int32_t part(Input* input) {
+    const std::int32_t kind = input->below(16);
+    if (kind == 0) return input->take<std::int32_t>();
+    if (kind == 1) return INT32_MAX - input->below(4);
+    if (kind == 2) return input->take<std::int16_t>();
+    return 1 + input->below(kind < 8 ? 8 : 64);
+}
+
+// Both sides of a fraction, the greater one where the operation wants it.
+struct Parts {
+    std::int32_t dst, src;
+};
+
+Parts parts(Input* input, std::int32_t direction) {
+    const Parts any{part(input), part(input)};
+    if (direction == 0) return any;
+    const Parts ordered{std::min(any.dst, any.src), std::max(any.dst, any.src)};
+    return direction < 0 ? ordered : Parts{ordered.src, ordered.dst};
+}
+
+using Scale = void (*)(ZetImage*, ZetImage*, std::int32_t, std::int32_t, std::int32_t, std::int32_t, std::int32_t);
+
+// Masks of either side or both lie in images of their own, with regions and tiles as those have.
+void scale(Scale operation, std::int32_t direction, Picture* src, Picture* dst, Input* input) {
+    const std::int32_t mode = input->below(4);
+    if (input->below(8) == 0) direction = 0;
+    const Parts x = parts(input, direction);
+    const Parts y = parts(input, direction);
+    Picture masks[2];
+    Picture* const sides[] = {src, dst};
+    const std::int32_t masked = input->below(8);
+    for (std::size_t i = 0; i < 2; ++i) {
+        if ((masked >> i & 1) == 0) continue;
+        makePicture(&masks[i], input, ZET_DEPTH_1U, 1, 0);
+        sides[i]->image.maskImage = &masks[i].image;
+    }
+    operation(&src->image, &dst->image, x.dst, x.src, y.dst, y.src, mode);
+}
+
+void decimate(Picture* src, Picture* dst, Input* input, std::int32_t) { scale(zetDecimate, -1, src, dst, input); }
+
+void zoom(Picture* src, Picture* dst, Input* input, std::int32_t) { scale(zetZoom, 1, src, dst, input); }
+
+void resize(Picture* src, Picture* dst, Input* input, std::int32_t) {
+    scale(zetResize, input->below(2) - 1, src, dst, input);
+}
+
 std::int32_t forget(std::int32_t status, const char*, const char*, const char*, std::int32_t) { return status; }
 
 }  // namespace
@@ -177,7 +226,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::int32_t channels = depth == ZET_DEPTH_1U ? 1 : 1 + input.below(3);
     const std::int32_t form = input.below(2);
     const std::int32_t mode = input.below(3) + 16 * input.below(2);
-    const std::int32_t operation = input.below(4);
+    const std::int32_t operation = input.below(7);
     Picture src, dst;
     makePicture(&src, &input, depth, channels, form);
     makePicture(&dst, &input, depth, channels, form);
@@ -185,7 +234,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     zetSetErrMode(ZET_ErrorModeParent);
     zetRedirectError(forget);
     zetSetErrStatus(0);
-    void (*const operations[])(Picture*, Picture*, Input*, std::int32_t) = {warp, rotate, shear, remap};
+    void (*const operations[])(Picture*, Picture*, Input*, std::int32_t) = {warp,     rotate, shear, remap,
+                                                                            decimate, zoom,   resize};
     operations[operation](&src, &dst, &input, mode);
     return 0;
 }

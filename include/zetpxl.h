@@ -535,15 +535,17 @@ ZET_API void zetGetRotateShift(double xCenter, double yCenter, double angle, dou
 ZET_API void zetRemap(ZetImage* srcImage, ZetImage* xMap, ZetImage* yMap, ZetImage* dstImage, int32_t interpolate);
 
 /* Shrinks the source region into the destination region by xDst / xSrc and yDst / ySrc, each at most 1. Column i and row j
- * of the region come from source position (i * xSrc / xDst, j * ySrc / yDst) of the source's region: position 0 is the centre
- * of the first pixel, no half-pixel shift. As many pixels are made as the scaled source region has and the destination's
- * takes; the rest stays. Samples beyond the source's region are read where interpolation reaches them, beyond the image the
- * last ones. ZET_INTER_NN takes the sample below the position, which a factor that is not the reciprocal of a whole number
- * shifts by 0.5; ZET_INTER_LINEAR and ZET_INTER_CUBIC cut fractions off (8U, 16U); ZET_INTER_SUPER averages the area that a
- * pixel covers, rounded. Sources below 4 by 4, results of less than a pixel and, but for areas, two factors that are both
- * reciprocals of whole numbers take ZET_INTER_NN, as does an area larger than the source's tiles. 1U: nearest or area, an
- * area of at least half set bits is 1. Depths 1U, 8U, 16U, 32F; alpha is a channel like others. Masks and borders play no
- * part. With tiles the source is walked tile by tile, with rectangles over several where an interpolation looks ahead.
+ * of the region come from source position (i * xSrc / xDst, j * ySrc / yDst) of the source's region: position 0 is the
+ * centre of the first pixel, no half-pixel shift. As many pixels are made as the scaled source region has and the
+ * destination's takes; the rest stays. Samples beyond the source's region are read where interpolation reaches them, beyond
+ * the image the last ones. ZET_INTER_NN takes the sample below the position, which a factor that is not the reciprocal of a
+ * whole number shifts by 0.5; ZET_INTER_LINEAR and ZET_INTER_CUBIC cut fractions off (8U, 16U); ZET_INTER_SUPER averages the
+ * area that a pixel covers, rounded. Sources below 4 by 4, results of less than a pixel and, but for areas, two factors that
+ * are both reciprocals of whole numbers take ZET_INTER_NN, as does an area larger than the source's tiles. 1U: nearest or
+ * area, an area of at least half set bits is 1. Area means of 8U and 16U are not limited to the depth: sums that drift past
+ * 65535.5 in long rows of white 16U wrap to 0. Depths 1U, 8U, 16U, 32F; alpha is a channel like others. Masks and borders
+ * play no part. With tiles the source is walked tile by tile, with rectangles over several where an interpolation looks
+ * ahead.
  * Refusals, in the name "Decimate": "Incorrect Image"; then each reported: ZET_StatusBadArgument "srcImage == dstImage",
  * ZET_StatusBadDepth "srcImage->depth != dstImage->depth" and "depth != 1U, 8U, 16U or 32F", ZET_StatusBadOrigin
  * "srcImage->origin != dstImage->origin", ZET_StatusBadOrder "srcImage->dataOrder != dstImage->dataOrder", ZET_StatusBadCoi

@@ -36,6 +36,7 @@ enum OptionBit : std::uint32_t {
     kAngle = 1u << 18,
     kShear = 1u << 19,
     kMap = 1u << 20,
+    kScale = 1u << 21,
     kPart = kRoi | kCoi | kMask,
     kFiltered = kPart | kTile | kBorder
 };
@@ -53,6 +54,11 @@ struct Kernel {
     std::int32_t columns, rows;
     std::vector<std::int32_t> weights;
     std::int32_t shift;
+};
+
+// A part of something or a multiple of it, both numbers above 0.
+struct Fraction {
+    std::int32_t numerator, denominator;
 };
 
 struct Range {
@@ -74,6 +80,7 @@ struct Options {
     std::int32_t method = ZET_COMBINE_SUM;
     std::optional<std::int32_t> shift;
     std::optional<Point> size;
+    std::optional<std::array<Fraction, 2>> factors;
     std::int32_t extent = 0;  // a half-size or a margin
     std::optional<std::int32_t> filter;
     double hue = 0, lightness = 1, saturation = 1;
@@ -124,6 +131,9 @@ int runErode(const Arguments& arguments);
 int runOpen(const Arguments& arguments);
 int runClose(const Arguments& arguments);
 int runThreshold(const Arguments& arguments);
+int runDecimate(const Arguments& arguments);
+int runZoom(const Arguments& arguments);
+int runResize(const Arguments& arguments);
 int runWarp(const Arguments& arguments);
 int runRotate(const Arguments& arguments);
 int runShear(const Arguments& arguments);

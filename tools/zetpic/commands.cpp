@@ -15,6 +15,11 @@ const char* lacksLevel(const Options& options) { return options.value ? nullptr 
 const char* lacksNoise(const Options& options) {
     return options.uniform.has_value() != options.gaussian.has_value() ? nullptr : "one of --uniform and --gaussian";
 }
+const char* lacksScale(const Options& options) {
+    if (options.factors.has_value() == options.size.has_value()) return "one of --factor and --size";
+    const bool masked = !options.mask.empty() && options.interpolation == ZET_INTER_SUPER;
+    return masked ? "another --inter than super under a mask" : nullptr;
+}
 const char* lacksMatrix(const Options& options) {
     return options.matrix.has_value() != options.quadrangle.has_value() ? nullptr : "one of --matrix and --quad";
 }
@@ -65,6 +70,15 @@ const std::vector<Command>& commands() {
         {"close", "IN OUT", "dilate, then erode", kSquare, kFiltered | kHalfSize, runClose, lacksHalfSize},
         {"threshold", "IN OUT", "make a picture of 1 bit a pixel", "Colours count by their weighted mean.", kLevel,
          runThreshold, lacksLevel},
+        {"decimate", "IN OUT", "shrink a picture",
+         "OUT has the size of the shrunk region. Without super most of its pixels play no part.",
+         kRoi | kCoi | kTile | kScale, runDecimate, lacksScale},
+        {"zoom", "IN OUT", "enlarge a picture",
+         "OUT has the size of the enlarged region; where a mask is black it is 0.", kPart | kTile | kScale, runZoom,
+         lacksScale},
+        {"resize", "IN OUT", "change the scale in either direction, each axis for itself",
+         "OUT has the size of the scaled region; where a mask is black it is 0. With super as decimate, else as zoom.",
+         kPart | kTile | kScale, runResize, lacksScale},
         {"warp", "IN OUT", "map by a matrix or onto a parallelogram", "OUT has the size of IN; what is not hit is 0.",
          kMoved | kMatrix, runWarp, lacksMatrix},
         {"rotate", "IN OUT", "turn about a point", "OUT has the size of IN; what is not hit is 0.", kMoved | kAngle,

@@ -75,6 +75,33 @@ bool parseWeights(const char* text, Kernel* kernel) {
     }
 }
 
+// Digits that make a number with those before them; what stands behind them, or null without any or past 32 bits.
+const char* parseDigits(const char* text, std::int32_t* number) {
+    const char* const first = text;
+    for (; *text >= '0' && *text <= '9'; ++text) {
+        const std::int64_t longer = std::int64_t{10} * *number + (*text - '0');
+        if (longer > INT32_MAX) return nullptr;
+        *number = static_cast<std::int32_t>(longer);
+    }
+    return text == first ? nullptr : text;
+}
+
+// 2/3, 2 or 0.37; what stands behind it, or null.
+const char* parseFraction(const char* text, Fraction* fraction) {
+    *fraction = {0, 1};
+    text = parseDigits(text, &fraction->numerator);
+    if (text && *text == '/') {
+        fraction->denominator = 0;
+        text = parseDigits(text + 1, &fraction->denominator);
+    } else if (text && *text == '.') {
+        const char* const digits = text + 1;
+        text = parseDigits(digits, &fraction->numerator);
+        if (!text || text - digits > 9) return nullptr;
+        for (const char* digit = digits; digit < text; ++digit) fraction->denominator *= 10;
+    }
+    return fraction->numerator > 0 && fraction->denominator > 0 ? text : nullptr;
+}
+
 }  // namespace
 
 bool parseRoi(const char* value, Options* options) {
@@ -148,6 +175,14 @@ bool parseSize(const char* value, Options* options) {
     return parsePoint(value, &options->size.emplace()) && options->size->x > 0 && options->size->y > 0;
 }
 
+bool parseFactor(const char* value, Options* options) {
+    auto& [x, y] = options->factors.emplace();
+    const char* behind = parseFraction(value, &x);
+    y = x;
+    if (behind && *behind == ',') behind = parseFraction(behind + 1, &y);
+    return behind && *behind == '\0';
+}
+
 bool parseExtent(const char* value, Options* options) {
     return parseNumbers(value, &options->extent, 1) && options->extent > 0;
 }
@@ -189,6 +224,11 @@ bool parseSeed(const char* value, Options* options) { return parseNumbers(value,
 
 bool parseInter(const char* value, Options* options) {
     options->interpolation = findName(value, {"nn", "linear", "cubic"});
+    return options->interpolation >= 0;
+}
+
+bool parseScaleInter(const char* value, Options* options) {
+    options->interpolation = findName(value, {"nn", "linear", "cubic", "super"});
     return options->interpolation >= 0;
 }
 
