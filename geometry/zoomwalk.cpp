@@ -114,19 +114,29 @@ SourceSpan sourceSpan(const ZoomBand& band, double scale, std::int32_t mode, std
     return span;
 }
 
+// How far past the image a rectangle of the nearest sample may reach. A factor that leaves one pixel of a whole image could
+// ask for any number of pixels that no position comes near.
+constexpr std::int32_t kMostBeyond = 4096;
+
+std::int32_t fetchedSize(const SourceSpan& span, const ZoomBand& band, double step, std::int32_t imageSize) {
+    const std::int32_t reached = zoomTrunc(std::min(band.position + (band.size - 1) * step, 1e9)) + 2;
+    const std::int32_t most = zoomTrunc(static_cast<double>(imageSize) - span.start + kMostBeyond);
+    return std::min(span.size, std::max(most, reached));
+}
+
 // Fetches what the block reads; false ends the walk.
 bool fetchSource(ZoomWalk* walk, const ZoomBand& x, const ZoomBand& y) {
     const SourceSpan across = sourceSpan(x, walk->plan.xScale, walk->plan.mode, walk->src->width);
     const SourceSpan down = sourceSpan(y, walk->plan.yScale, walk->plan.mode, walk->src->height);
     ZetImage* local = &walk->srcLocal.image;
-    local->width = across.size;
-    local->height = down.size;
+    local->width = fetchedSize(across, x, walk->plan.xStep, walk->src->width);
+    local->height = fetchedSize(down, y, walk->plan.yStep, walk->src->height);
     ownSetROI(local->roi, local->roi->coi, across.regionOffset, down.regionOffset, across.regionSize, down.regionSize);
     if (!walk->dst->tileInfo) {
         walk->srcMask.roi.width = across.size;
         walk->srcMask.roi.height = down.size;
     }
-    local->imageData = ownGetRect(walk->src, across.start, down.start, across.size, down.size, &local->widthStep);
+    local->imageData = ownGetRect(walk->src, across.start, down.start, local->width, local->height, &local->widthStep);
     return local->imageData && zetGetErrStatus() >= 0;
 }
 
