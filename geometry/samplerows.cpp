@@ -16,20 +16,30 @@ struct TapAxis {
     double share[kPositions];
 };
 
-void placeLines(const double* positions, std::ptrdiff_t count, std::int32_t last, TapAxis* axis) {
+// Not part of its caller, where the compiler cannot tell the arrays apart.
+[[gnu::noinline]] void placeLines(const double* __restrict positions, std::ptrdiff_t count, std::int32_t last,
+                                  TapAxis* __restrict axis) {
+    std::int32_t ends = 0;
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const auto index = static_cast<std::int32_t>(positions[i] + kWholeTolerance);
-        const bool ends = index >= last;
-        axis->first[i] = ends ? last - 1 : index;
-        axis->share[i] = ends ? 1.0 : positions[i] - index;
+        axis->first[i] = index;
+        axis->share[i] = positions[i] - static_cast<double>(index);
+        ends |= index >= last;
+    }
+    if (!ends) return;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        if (axis->first[i] < last) continue;
+        axis->first[i] = last - 1;
+        axis->share[i] = 1.0;
     }
 }
 
-void placeCubics(const double* positions, std::ptrdiff_t count, std::int32_t last, TapAxis* axis) {
+[[gnu::noinline]] void placeCubics(const double* __restrict positions, std::ptrdiff_t count, std::int32_t last,
+                                   TapAxis* __restrict axis) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const auto index = static_cast<std::int32_t>(positions[i] + kWholeTolerance);
-        std::int32_t first = index <= 0 ? 0 : index - 1;
-        first = index >= last - 1 ? last - 3 : first;
+        const std::int32_t inside = std::max(index - 1, 0);
+        const std::int32_t first = index >= last - 1 ? last - 3 : inside;
         axis->first[i] = first;
         axis->share[i] = static_cast<double>(static_cast<float>((positions[i] - first) - 1));
     }
@@ -58,7 +68,8 @@ enum class TapForm { Samples, RowWords, PixelWords };
 
 template <std::int32_t Taps, TapForm Form, class T>
 struct TapBlock {
-    using Word = std::conditional_t<Form == TapForm::Samples, T, std::uint32_t>;
+    using Two = std::conditional_t<Form == TapForm::RowWords, std::uint16_t, std::uint32_t>;
+    using Word = std::conditional_t<Form == TapForm::Samples, T, std::conditional_t<Taps == 2, Two, std::uint32_t>>;
     static constexpr std::int32_t kColumns = Form == TapForm::RowWords ? 1 : Taps;
     Word words[std::size_t{Taps}][std::size_t{kColumns}][kPositions];
 
@@ -86,53 +97,91 @@ void takeEdge(const SampleSource& source, std::int32_t x, std::int32_t y, std::i
                 block->words[r][c][i] = pixel[channel * step];
             } else if constexpr (Form == TapForm::RowWords) {
                 const Word before = c == 0 ? 0 : block->words[r][0][i];
-                block->words[r][0][i] = before | static_cast<Word>(pixel[channel * step]) << (8 * c);
+                block->words[r][0][i] = static_cast<Word>(before | pixel[channel * step] << (8 * c));
             } else {
                 Word word = 0;
-                for (std::int32_t k = 0; k < source.nProc; ++k) word |= static_cast<Word>(pixel[k * step]) << (8 * k);
+                for (std::int32_t k = 0; k < source.nProc; ++k) word |= static_cast<Word>(pixel[k * step] << (8 * k));
                 block->words[r][c][i] = word;
             }
         }
 }
 
 template <std::int32_t Taps, TapForm Form, class T>
-void takeInside(const SampleGrid& grid, const std::uint8_t* first, std::ptrdiff_t i, TapBlock<Taps, Form, T>* block) {
+void takeInside(const std::uint8_t* first, std::ptrdiff_t rowStep, std::ptrdiff_t pixelStep, std::ptrdiff_t i,
+                TapBlock<Taps, Form, T>* block) {
     using Word = typename TapBlock<Taps, Form, T>::Word;
     constexpr std::int32_t kColumns = TapBlock<Taps, Form, T>::kColumns;
-    constexpr std::size_t kBytes = Form == TapForm::RowWords ? std::size_t{Taps} : sizeof(Word);
     for (std::int32_t r = 0; r < Taps; ++r)
         for (std::int32_t c = 0; c < kColumns; ++c) {
             Word word = 0;
-            std::memcpy(&word, first + r * grid.rowStep + c * grid.pixelStep, kBytes);
+            std::memcpy(&word, first + r * rowStep + c * pixelStep, sizeof word);
             block->words[r][c][i] = word;
         }
 }
 
+// Where the first taps of all positions lie, from the grid's origin; false when taps of any lie outside it.
+[[gnu::noinline]] bool findTaps(const SampleGrid& grid, const TapAxis& xs, const TapAxis& ys, std::ptrdiff_t count,
+                                std::int32_t lastX, std::int32_t lastY, std::ptrdiff_t* __restrict offsets) {
+    const auto rowStep = static_cast<std::int32_t>(grid.rowStep);
+    const auto pixelStep = static_cast<std::int32_t>(grid.pixelStep);
+    std::int32_t outside = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const std::int32_t x = xs.first[i];
+        const std::int32_t y = ys.first[i];
+        outside |= (x < 0) | (x > lastX) | (y < 0) | (y > lastY);
+        offsets[i] = std::ptrdiff_t{y} * rowStep + std::ptrdiff_t{x} * pixelStep;
+    }
+    return outside == 0;
+}
+
 // Takes the taps of all positions, of one channel where a word does not hold all.
 template <std::int32_t Taps, TapForm Form, class T>
-void takeTaps(const SampleSource& source, const TapAxis& xs, const TapAxis& ys, std::ptrdiff_t count,
-              std::int32_t channel, TapBlock<Taps, Form, T>* block) {
-    const SampleGrid grid = source.grid;
+[[gnu::noinline]] void takeTaps(const SampleSource& source, const TapAxis& xs, const TapAxis& ys, std::ptrdiff_t count,
+                                std::int32_t channel, TapBlock<Taps, Form, T>* block) {
+    const SampleGrid& grid = source.grid;
     // A word of a pixel's channels may be longer than the pixel.
     const std::int32_t lastX = grid.lastColumn - (Taps - 1) - (Form == TapForm::PixelWords ? 1 : 0);
     const std::int32_t lastY = grid.lastRow - (Taps - 1);
+    std::ptrdiff_t offsets[kPositions];
+    const bool inside = findTaps(grid, xs, ys, count, lastX, lastY, offsets);
     const std::uint8_t* const origin = grid.origin + channel * grid.channelStep;
+    const std::ptrdiff_t rowStep = grid.rowStep;
+    const std::ptrdiff_t pixelStep = grid.pixelStep;
+    if (inside) {
+        for (std::ptrdiff_t i = 0; i < count; ++i) takeInside(origin + offsets[i], rowStep, pixelStep, i, block);
+        return;
+    }
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const std::int32_t x = xs.first[i];
         const std::int32_t y = ys.first[i];
         if (x >= 0 && x <= lastX && y >= 0 && y <= lastY) {
-            takeInside(grid, origin + y * grid.rowStep + x * grid.pixelStep, i, block);
+            takeInside(origin + offsets[i], rowStep, pixelStep, i, block);
         } else {
             takeEdge(source, x, y, channel, i, block);
         }
     }
 }
 
+bool isDense(const PositionList& list) {
+    return list.count > 0 && list.column[list.count - 1] - list.column[0] == list.count - 1;
+}
+
 template <class T>
 void putSamples(const T* made, const PositionList& list, std::int32_t channel, const SampleRow& to) {
     std::uint8_t* const row = to.row + channel * to.channelStep;
-    for (std::ptrdiff_t i = 0; i < list.count; ++i)
-        *reinterpret_cast<T*>(row + list.column[i] * to.pixelStep) = made[i];
+    const std::ptrdiff_t count = list.count;
+    const std::ptrdiff_t step = to.pixelStep;
+    if (!isDense(list)) {
+        for (std::ptrdiff_t i = 0; i < count; ++i) *reinterpret_cast<T*>(row + list.column[i] * step) = made[i];
+        return;
+    }
+    T* samples = reinterpret_cast<T*>(row + list.column[0] * step);
+    if (step == sizeof(T)) {
+        std::copy_n(made, count, samples);
+        return;
+    }
+    const std::ptrdiff_t samplesStep = step / static_cast<std::ptrdiff_t>(sizeof(T));
+    for (std::ptrdiff_t i = 0; i < count; ++i) samples[i * samplesStep] = made[i];
 }
 
 template <TapForm Form, class T>
@@ -229,39 +278,48 @@ void samplePositions(const SampleSource& source, const PositionList& list, const
     makePixels<TapForm::Samples, Rule, T>(source, rule, list, to);
 }
 
-void nearestIndices(const double* positions, std::ptrdiff_t count, std::int32_t last, std::int32_t* indices) {
+// Where the nearest samples lie, from the grid's origin.
+[[gnu::noinline]] void findNearest(const SampleGrid& grid, const PositionList& list,
+                                   std::ptrdiff_t* __restrict offsets) {
+    const auto rowStep = static_cast<std::int32_t>(grid.rowStep);
+    const auto pixelStep = static_cast<std::int32_t>(grid.pixelStep);
+    const std::int32_t lastColumn = grid.lastColumn;
+    const std::int32_t lastRow = grid.lastRow;
+    const std::ptrdiff_t count = list.count;
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const auto index = static_cast<std::int32_t>(positions[i] + 0.5);
-        indices[i] = std::clamp(index, 0, last);
+        const std::int32_t x = std::min(std::max(static_cast<std::int32_t>(list.x[i] + 0.5), 0), lastColumn);
+        const std::int32_t y = std::min(std::max(static_cast<std::int32_t>(list.y[i] + 0.5), 0), lastRow);
+        offsets[i] = std::ptrdiff_t{y} * rowStep + std::ptrdiff_t{x} * pixelStep;
     }
 }
 
-template <class T, std::int32_t Channels>
-void copyPixels(const SampleGrid& grid, const PositionList& list, const std::int32_t* xs, const std::int32_t* ys,
+// Moves whole pixels.
+template <std::size_t Bytes>
+void copyPixels(const std::uint8_t* origin, const std::ptrdiff_t* offsets, const PositionList& list,
                 const SampleRow& to) {
-    for (std::ptrdiff_t i = 0; i < list.count; ++i)
-        std::memcpy(to.row + list.column[i] * to.pixelStep, grid.origin + ys[i] * grid.rowStep + xs[i] * grid.pixelStep,
-                    sizeof(T) * Channels);
+    const std::ptrdiff_t count = list.count;
+    const std::ptrdiff_t step = to.pixelStep;
+    if (isDense(list)) {
+        std::uint8_t* pixel = to.row + list.column[0] * step;
+        for (std::ptrdiff_t i = 0; i < count; ++i, pixel += step) std::memcpy(pixel, origin + offsets[i], Bytes);
+        return;
+    }
+    for (std::ptrdiff_t i = 0; i < count; ++i) std::memcpy(to.row + list.column[i] * step, origin + offsets[i], Bytes);
 }
 
 }  // namespace
 
 template <class T>
 void nearestPositions(const SampleSource& source, const PositionList& list, const SampleRow& to) {
-    const SampleGrid grid = source.grid;
-    std::int32_t xs[kPositions];
-    std::int32_t ys[kPositions];
-    nearestIndices(list.x, list.count, grid.lastColumn, xs);
-    nearestIndices(list.y, list.count, grid.lastRow, ys);
-    if (source.nProc == 1) return copyPixels<T, 1>(grid, list, xs, ys, to);
+    const SampleGrid& grid = source.grid;
+    std::ptrdiff_t offsets[kPositions];
+    findNearest(grid, list, offsets);
     const bool together = grid.channelStep == sizeof(T) && to.channelStep == sizeof(T);
-    if (together && source.nProc == 3) return copyPixels<T, 3>(grid, list, xs, ys, to);
-    if (together && source.nProc == 4) return copyPixels<T, 4>(grid, list, xs, ys, to);
-    for (std::ptrdiff_t i = 0; i < list.count; ++i)
-        for (std::ptrdiff_t k = 0; k < source.nProc; ++k)
-            *reinterpret_cast<T*>(to.row + list.column[i] * to.pixelStep + k * to.channelStep) =
-                *reinterpret_cast<const T*>(grid.origin + ys[i] * grid.rowStep + xs[i] * grid.pixelStep +
-                                            k * grid.channelStep);
+    if (together && source.nProc == 3) return copyPixels<3 * sizeof(T)>(grid.origin, offsets, list, to);
+    if (together && source.nProc == 4) return copyPixels<4 * sizeof(T)>(grid.origin, offsets, list, to);
+    for (std::ptrdiff_t k = 0; k < source.nProc; ++k)
+        copyPixels<sizeof(T)>(grid.origin + k * grid.channelStep, offsets, list,
+                              {to.row + k * to.channelStep, to.pixelStep, to.channelStep});
 }
 
 template <class T>

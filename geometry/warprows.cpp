@@ -23,7 +23,7 @@ struct Span {
 };
 
 constexpr std::size_t kRows = 4;
-constexpr std::size_t kBand = 64;
+constexpr std::size_t kBand = 32;
 using Spans = std::array<Span, kBand>;
 using Lists = std::array<PositionList, kRows>;
 
