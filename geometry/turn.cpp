@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -31,43 +32,119 @@ struct TurnRun {
     std::int32_t group;  // samples copied together
 };
 
-template <class T>
-void copyPixel(const std::uint8_t* from, std::uint8_t* to, std::int32_t group) {
-    for (std::int32_t k = 0; k < group; ++k) reinterpret_cast<T*>(to)[k] = reinterpret_cast<const T*>(from)[k];
+// Pixels of `Bytes` each; 0: of as many samples as the run tells.
+template <class T, std::size_t Bytes>
+void copyPixel(const TurnRun& run, const std::uint8_t* from, std::uint8_t* to) {
+    if constexpr (Bytes > 0) {
+        std::memcpy(to, from, Bytes);
+    } else {
+        for (std::int32_t k = 0; k < run.group; ++k) reinterpret_cast<T*>(to)[k] = reinterpret_cast<const T*>(from)[k];
+    }
 }
 
-template <class T>
+template <class T, std::size_t Bytes>
 void turnBlock(const TurnRun& run, std::int32_t x0, std::int32_t y0, std::int32_t width, std::int32_t height) {
-    for (std::ptrdiff_t y = y0; y < y0 + height; ++y) {
-        const std::uint8_t* from = run.src + x0 * run.srcRight + y * run.srcDown;
-        std::uint8_t* to = run.dst + x0 * run.dstPixelStep + y * run.dstRowStep;
-        if (run.group == 1) {
-            for (std::int32_t x = 0; x < width; ++x, from += run.srcRight, to += run.dstPixelStep)
-                copyPixel<T>(from, to, 1);
-        } else {
-            for (std::int32_t x = 0; x < width; ++x, from += run.srcRight, to += run.dstPixelStep)
-                copyPixel<T>(from, to, run.group);
-        }
+    const std::ptrdiff_t srcRight = run.srcRight;
+    const std::ptrdiff_t dstPixelStep = run.dstPixelStep;
+    for (std::ptrdiff_t y = y0; y < std::ptrdiff_t{y0} + height; ++y) {
+        const std::uint8_t* from = run.src + x0 * srcRight + y * run.srcDown;
+        std::uint8_t* to = run.dst + x0 * dstPixelStep + y * run.dstRowStep;
+        for (std::int32_t x = 0; x < width; ++x, from += srcRight, to += dstPixelStep)
+            copyPixel<T, Bytes>(run, from, to);
     }
+}
+
+// Exchanges the parts of two rows of a square that lie across its diagonal.
+void swapParts(std::uint64_t* upper, std::uint64_t* lower, int bits, std::uint64_t mask) {
+    const std::uint64_t parts = ((*upper >> bits) ^ *lower) & mask;
+    *upper ^= parts << bits;
+    *lower ^= parts;
+}
+
+// Turns 8 columns of 8 bytes into 8 rows, by halves, quarters and eighths of the square (Hacker's Delight, chapter 7).
+void transposeSquare(std::uint64_t (&rows)[8]) {
+    for (int i = 0; i < 4; ++i) swapParts(&rows[i], &rows[i + 4], 32, 0x00000000FFFFFFFF);
+    for (int i : {0, 1, 4, 5}) swapParts(&rows[i], &rows[i + 2], 16, 0x0000FFFF0000FFFF);
+    for (int i : {0, 2, 4, 6}) swapParts(&rows[i], &rows[i + 1], 8, 0x00FF00FF00FF00FF);
+}
+
+// A quarter turn of 8 by 8 bytes: along a column of the destination the source's bytes are neighbours, in one order or the
+// other.
+void turnSquare(const TurnRun& run, const std::uint8_t* from, std::uint8_t* to) {
+    std::uint64_t rows[8];
+    const bool backward = run.srcDown < 0;
+    for (std::ptrdiff_t x = 0; x < 8; ++x) {
+        std::memcpy(&rows[x], from + x * run.srcRight + (backward ? -7 : 0), 8);
+        if (backward) rows[x] = __builtin_bswap64(rows[x]);
+    }
+    transposeSquare(rows);
+    for (std::ptrdiff_t y = 0; y < 8; ++y) std::memcpy(to + y * run.dstRowStep, &rows[y], 8);
+}
+
+// The squares that fit a block, then what is left right of and below them.
+void turnBytes(const TurnRun& run, std::int32_t x0, std::int32_t y0, std::int32_t width, std::int32_t height) {
+    const std::int32_t squaresX = width & ~7;
+    const std::int32_t squaresY = height & ~7;
+    for (std::ptrdiff_t y = y0; y < std::ptrdiff_t{y0} + squaresY; y += 8)
+        for (std::ptrdiff_t x = x0; x < std::ptrdiff_t{x0} + squaresX; x += 8)
+            turnSquare(run, run.src + x * run.srcRight + y * run.srcDown, run.dst + x + y * run.dstRowStep);
+    turnBlock<std::uint8_t, 1>(run, x0 + squaresX, y0, width - squaresX, squaresY);
+    turnBlock<std::uint8_t, 1>(run, x0, y0 + squaresY, width, height - squaresY);
+}
+
+// The first of a word's bytes is its least.
+constexpr bool isLittle = std::endian::native == std::endian::little;
+
+// Samples in reverse order, `from` being the last.
+template <class T>
+void reverseSamples(const T* from, T* to, std::ptrdiff_t count) {
+    constexpr std::ptrdiff_t kVector = 32 / sizeof(T);
+    using Vector [[gnu::vector_size(32)]] = T;
+    std::ptrdiff_t x = 0;
+    for (; x + kVector <= count; x += kVector) {
+        Vector v;
+        std::memcpy(&v, from - x - (kVector - 1), sizeof v);
+        Vector reversed;
+        for (std::ptrdiff_t i = 0; i < kVector; ++i) reversed[i] = v[kVector - 1 - i];
+        std::memcpy(to + x, &reversed, sizeof v);
+    }
+    for (; x < count; ++x) to[x] = from[-x];
 }
 
 // A half turn of single samples: each row backward, which needs no blocks.
 template <class T>
 void reverseRows(const TurnRun& run) {
     for (std::ptrdiff_t y = 0; y < run.height; ++y) {
-        const T* __restrict from = reinterpret_cast<const T*>(run.src + y * run.srcDown);
-        T* __restrict to = reinterpret_cast<T*>(run.dst + y * run.dstRowStep);
-        for (std::ptrdiff_t x = 0; x < run.width; ++x) to[x] = from[-x];
+        const T* from = reinterpret_cast<const T*>(run.src + y * run.srcDown);
+        T* to = reinterpret_cast<T*>(run.dst + y * run.dstRowStep);
+        reverseSamples(from, to, run.width);
     }
+}
+
+template <class T, std::size_t Bytes>
+void turnPixelsOf(const TurnRun& run) {
+    for (std::int32_t y = 0; y < run.height; y += kBlock)
+        for (std::int32_t x = 0; x < run.width; x += kBlock)
+            turnBlock<T, Bytes>(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
+}
+
+void turnByteSquares(const TurnRun& run) {
+    for (std::int32_t y = 0; y < run.height; y += kBlock)
+        for (std::int32_t x = 0; x < run.width; x += kBlock)
+            turnBytes(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
 }
 
 template <class T>
 void turnSamples(const TurnRun& run) {
     constexpr auto bytes = static_cast<std::ptrdiff_t>(sizeof(T));
-    if (run.srcRight == -bytes && run.dstPixelStep == bytes) return reverseRows<T>(run);
-    for (std::int32_t y = 0; y < run.height; y += kBlock)
-        for (std::int32_t x = 0; x < run.width; x += kBlock)
-            turnBlock<T>(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
+    if (run.group == 1 && run.dstPixelStep == bytes) {
+        if (run.srcRight == -bytes) return reverseRows<T>(run);
+        if (bytes == 1 && (run.srcDown == 1 || run.srcDown == -1) && isLittle) return turnByteSquares(run);
+    }
+    if (run.group == 1) return turnPixelsOf<T, sizeof(T)>(run);
+    if (run.group == 3) return turnPixelsOf<T, 3 * sizeof(T)>(run);
+    if (run.group == 4) return turnPixelsOf<T, 4 * sizeof(T)>(run);
+    turnPixelsOf<T, 0>(run);
 }
 
 using TurnRoutine = void (*)(const TurnRun& run);

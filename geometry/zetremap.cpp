@@ -44,38 +44,53 @@ bool isInside(const ZetRoiBounds& b, double sx, double sy) {
     return sx >= b.x0 && sx <= b.x1 && sy >= b.y0 && sy <= b.y1;
 }
 
-// The positions of up to kPositions columns that lie inside the source's region.
-void listPositions(const RemapRun& run, const float* xs, const float* ys, std::int32_t first, PositionList* list) {
-    const std::int32_t end = std::min(run.width, first + static_cast<std::int32_t>(kPositions));
-    std::ptrdiff_t count = 0;
-    for (std::int32_t x = first; x < end; ++x) {
-        const double sx = static_cast<double>(xs[x]);
-        const double sy = static_cast<double>(ys[x]);
-        list->x[count] = sx;
-        list->y[count] = sy;
-        list->column[count] = x;
-        count += isInside(run.bounds, sx, sy);
+// Widens positions; true when all lie inside the source's region.
+[[gnu::noinline]] bool takePositions(const ZetRoiBounds& bounds, const float* __restrict xs, const float* __restrict ys,
+                                     std::ptrdiff_t count, PositionList* __restrict list) {
+    const double x0 = bounds.x0, y0 = bounds.y0, x1 = bounds.x1, y1 = bounds.y1;
+    std::int64_t outside = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const double sx = static_cast<double>(xs[i]);
+        const double sy = static_cast<double>(ys[i]);
+        list->x[i] = sx;
+        list->y[i] = sy;
+        const bool inside = (sx >= x0) & (sx <= x1) & (sy >= y0) & (sy <= y1);
+        outside |= inside ? 0 : 1;
     }
-    list->count = count;
+    return outside == 0;
 }
 
-// Rows that are made piece by piece, so that what they read of a bent source stays in the cache.
-constexpr std::int32_t kBand = 32;
-
-template <SampleRoutine Make>
-void remapBand(const RemapRun& run, std::int32_t yFirst, std::int32_t yEnd) {
-    const SampleSource source{run.src, run.bounds.x1, run.bounds.y1, run.nProc};
-    PositionList list;
-    for (std::int32_t x = 0; x < run.width; x += static_cast<std::int32_t>(kPositions))
-        for (std::ptrdiff_t y = yFirst; y < yEnd; ++y) {
-            listPositions(run, mapRow(run.xMap, run.xMapStep, y), mapRow(run.yMap, run.yMapStep, y), x, &list);
-            Make(source, list, {run.dst + y * run.dstRowStep, run.dstPixelStep, run.dstChannelStep});
-        }
+// The positions of up to kPositions columns that lie inside the source's region.
+void listPositions(const RemapRun& run, const float* xs, const float* ys, std::int32_t first, PositionList* list) {
+    const std::int32_t count = std::min(run.width - first, static_cast<std::int32_t>(kPositions));
+    list->count = count;
+    for (std::int32_t i = 0; i < count; ++i) list->column[i] = first + i;
+    if (takePositions(run.bounds, xs + first, ys + first, count, list)) return;
+    std::ptrdiff_t kept = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const double sx = list->x[i];
+        const double sy = list->y[i];
+        list->x[kept] = sx;
+        list->y[kept] = sy;
+        list->column[kept] = list->column[i];
+        kept += isInside(run.bounds, sx, sy);
+    }
+    list->count = kept;
 }
 
 template <SampleRoutine Make>
 void remapRows(const RemapRun& run) {
-    for (std::int32_t y = 0; y < run.height; y += kBand) remapBand<Make>(run, y, std::min(run.height, y + kBand));
+    const SampleSource source{run.src, run.bounds.x1, run.bounds.y1, run.nProc};
+    PositionList list;
+    for (std::ptrdiff_t y = 0; y < run.height; ++y) {
+        const float* xs = mapRow(run.xMap, run.xMapStep, y);
+        const float* ys = mapRow(run.yMap, run.yMapStep, y);
+        const SampleRow to{run.dst + y * run.dstRowStep, run.dstPixelStep, run.dstChannelStep};
+        for (std::int32_t x = 0; x < run.width; x += static_cast<std::int32_t>(kPositions)) {
+            listPositions(run, xs, ys, x, &list);
+            Make(source, list, to);
+        }
+    }
 }
 
 void remapBits(const RemapRun& run) {
