@@ -123,6 +123,8 @@ void reverseRows(const TurnRun& run) {
 
 template <class T, std::size_t Bytes>
 void turnPixelsOf(const TurnRun& run) {
+    // A half turn goes along rows on both sides.
+    if (std::abs(run.srcRight) <= std::abs(run.srcDown)) return turnBlock<T, Bytes>(run, 0, 0, run.width, run.height);
     for (std::int32_t y = 0; y < run.height; y += kBlock)
         for (std::int32_t x = 0; x < run.width; x += kBlock)
             turnBlock<T, Bytes>(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
