@@ -12,6 +12,7 @@
 #include <bit>
 #include <cfenv>
 #include <cmath>
+#include <cstring>
 
 #include "core/depth.h"
 #include "core/region.h"
@@ -184,7 +185,7 @@ double nextSum(double sum, double entering, double leaving) { return (sum + ente
 
 // Sums of nCols columns along a row, for each channel that is stored.
 template <class Mean>
-void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
+void sumInTurn(const Work<Mean>& w, const typename Mean::Column* columns) {
     using Row = typename Mean::Row;
     const std::ptrdiff_t step = w.lanes.perPixel;
     const std::int32_t kept = w.lanes.outPerPixel;
@@ -199,6 +200,84 @@ void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
             sum = nextSum(sum, static_cast<Row>(leaving[reach]), static_cast<Row>(*leaving));
         }
     }
+}
+
+// Whole numbers may be added in any order: a few columns each time anew, several pixels at once.
+template <std::ptrdiff_t Columns>
+void sumAnew(const std::uint32_t* __restrict columns, std::ptrdiff_t step, std::ptrdiff_t size,
+             std::uint32_t* __restrict sums) {
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        std::uint32_t sum = columns[i];
+        for (std::ptrdiff_t k = 1; k < Columns; ++k) sum += columns[i + k * step];
+        sums[i] = sum;
+    }
+}
+
+using SumVector [[gnu::vector_size(16)]] = std::uint32_t;
+
+// Differences summed up within a vector of interleaved channels.
+template <std::ptrdiff_t Step>
+SumVector runningSums(SumVector d) {
+    const SumVector zero{};
+    if constexpr (Step == 1) d += __builtin_shufflevector(zero, d, 0, 4, 5, 6);
+    if constexpr (Step <= 2) d += __builtin_shufflevector(zero, d, 0, 1, 4, 5);
+    if constexpr (Step == 3) d += __builtin_shufflevector(zero, d, 0, 1, 2, 4);
+    return d;
+}
+
+// The last sum of each lane's channel.
+template <std::ptrdiff_t Step>
+SumVector lastSums(SumVector sums) {
+    if constexpr (Step == 1) return __builtin_shufflevector(sums, sums, 3, 3, 3, 3);
+    if constexpr (Step == 2) return __builtin_shufflevector(sums, sums, 2, 3, 2, 3);
+    if constexpr (Step == 3) return __builtin_shufflevector(sums, sums, 1, 2, 3, 1);
+    return sums;
+}
+
+// The sum along a row, a vector at a time: what enters and leaves is summed up within the vector first, so that one addition
+// a vector waits for the one before.
+template <std::ptrdiff_t Step>
+void sumInVectors(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t size, std::uint32_t* sums) {
+    constexpr std::ptrdiff_t kLanes = 4;
+    const std::uint32_t* const entering = columns + nCols * Step;
+    SumVector last{};
+    for (std::ptrdiff_t c = 0; c < Step; ++c) {
+        std::uint32_t sum = 0;
+        for (std::ptrdiff_t x = 0; x < nCols; ++x) sum += columns[x * Step + c];
+        sums[c] = sum;
+        last[kLanes - Step + c] = sum;
+    }
+    std::ptrdiff_t i = Step;
+    for (; i + kLanes <= size; i += kLanes) {
+        SumVector in;
+        SumVector out;
+        std::memcpy(&in, entering + i - Step, sizeof in);
+        std::memcpy(&out, columns + i - Step, sizeof out);
+        last = runningSums<Step>(in - out) + lastSums<Step>(last);
+        std::memcpy(sums + i, &last, sizeof last);
+    }
+    for (; i < size; ++i) sums[i] = sums[i - Step] + (entering[i - Step] - columns[i - Step]);
+}
+
+bool sumWhole(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t step, std::ptrdiff_t size,
+              std::uint32_t* sums) {
+    if (nCols == 3) return sumAnew<3>(columns, step, size, sums), true;
+    if (nCols == 5) return sumAnew<5>(columns, step, size, sums), true;
+    if (step == 1) return sumInVectors<1>(columns, nCols, size, sums), true;
+    if (step == 2) return sumInVectors<2>(columns, nCols, size, sums), true;
+    if (step == 3) return sumInVectors<3>(columns, nCols, size, sums), true;
+    if (step == 4) return sumInVectors<4>(columns, nCols, size, sums), true;
+    return false;
+}
+
+template <class Mean>
+void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
+    if constexpr (!Mean::truncatesFloats) {
+        const std::ptrdiff_t step = w.lanes.perPixel;
+        if (step == w.lanes.outPerPixel && sumWhole(columns, w.piece->nCols, step, w.piece->width * step, w.sums.get()))
+            return;
+    }
+    sumInTurn(w, columns);
 }
 
 template <class T>
