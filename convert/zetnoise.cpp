@@ -1,18 +1,17 @@
 // Adds reproducible noise, uniform or Gaussian, to an image in place.
-//   noise.1 the generator adds a congruential sequence and a subtract-with-borrow sequence of modulus 2^32 - 18 (Marsaglia
-//           and Zaman, "A new class of random number generators", 1991); it starts afresh from the seed with every call
+//   noise.1 the generator starts afresh from the seed with every call
 //   noise.2 draws are taken in the order of the elements: planes, rows and columns, or rows, pixels and channels; elements
 //           that are not processed or masked out take none
-//   noise.3 Gaussian samples come in pairs by the polar method (Marsaglia and Bray, 1964), the second of the two first
-//   noise.4 integer results saturate; products are doubles, each rounded once
+//   noise.3 integer results saturate; products are doubles, each rounded once
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
+#include "convert/noisedraws.h"
 #include "core/check.h"
 #include "core/depth.h"
-#include "core/mathfun.h"
 #include "core/region.h"
 #include "core/report.h"
 #include "core/tiles.h"
@@ -24,97 +23,31 @@ namespace {
 
 constexpr Operation op{"zetNoiseImage", "zetnoise"};
 
-constexpr std::uint32_t kMultiplier = 69069;
-constexpr std::uint32_t kIncrement = 1013904243;
-
-struct ZetNoiseState {
-    std::uint32_t lcg;
-    std::uint32_t lag1;
-    std::uint32_t lag2;
-    std::uint32_t lag3;
-    std::uint32_t borrow;
-    bool needPair;
-    double radius;
-    double pending;
-};
-
-constexpr ZetNoiseState startState(std::uint32_t seed) {
-    const std::uint32_t lag2 = seed * kMultiplier + kIncrement;
-    const std::uint32_t lag3 = lag2 * kMultiplier + kIncrement;
-    return {1131199209, seed, lag2, lag3, 1, true, 0, 0};
-}
-
-constexpr std::uint32_t draw(ZetNoiseState* s) {
-    s->lcg = s->lcg * kMultiplier + kIncrement;
-    std::uint32_t t = s->lag2 - s->lag3 - s->borrow;
-    s->borrow = t >> 31;
-    t -= 18 * s->borrow;
-    s->lag3 = s->lag2;
-    s->lag2 = s->lag1;
-    s->lag1 = t;
-    return s->lcg + t;
-}
-
-constexpr std::uint32_t secondDraw(std::uint32_t seed) {
-    ZetNoiseState state = startState(seed);
-    draw(&state);
-    return draw(&state);
-}
-static_assert(startState(1).lag2 == 1013973312 && startState(1).lag3 == 1399862195);
-static_assert(secondDraw(1) == 2706444681);
-
 // The factor of the noise and what is added to it.
 struct NoiseScale {
     double a;
     double b;
 };
 
-double gaussianSample(ZetNoiseState* s) {
-    if (!s->needPair) {
-        s->needPair = true;
-        return s->pending;
-    }
-    constexpr double unit = 4.656612873077e-10;
-    double v1 = 0;
-    double v2 = 0;
-    double square = 0;
-    do {
-        v1 = static_cast<std::int32_t>(draw(s)) * unit;
-        v2 = static_cast<std::int32_t>(draw(s)) * unit;
-        square = v1 * v1 + v2 * v2;
-    } while (!(square < 1.0) || square == 0.0);
-    s->radius = std::sqrt((-2.0 / square) * ownLog(square));
-    s->pending = v1;
-    s->needPair = false;
-    return v2;
-}
-
 struct Uniform {
-    static std::int64_t whole(ZetNoiseState* s, double b) { return static_cast<std::int64_t>(draw(s) * b); }
-    static double real(ZetNoiseState* s, const NoiseScale& scale) { return draw(s) * scale.b + scale.a; }
+    static void fill(NoiseQueue* q) { drawUniform(q); }
+    static double whole(const NoiseQueue& q, std::ptrdiff_t i, double b) { return q.drawn[i] * b; }
+    static double real(const NoiseQueue& q, std::ptrdiff_t i, const NoiseScale& scale) {
+        return q.drawn[i] * scale.b + scale.a;
+    }
+    // Of whole(), as a multiple of |b|.
+    static constexpr double kGreatest = 4294967296.0;
 };
 
 struct Gaussian {
-    static std::int64_t whole(ZetNoiseState* s, double b) {
-        const double sample = gaussianSample(s);
-        return static_cast<std::int64_t>((s->radius * sample) * b);
+    static void fill(NoiseQueue* q) { drawGaussian(q); }
+    static double whole(const NoiseQueue& q, std::ptrdiff_t i, double b) { return (q.radius[i] * q.sample[i]) * b; }
+    static double real(const NoiseQueue& q, std::ptrdiff_t i, const NoiseScale& scale) {
+        return (scale.b * q.radius[i]) * q.sample[i] + scale.a;
     }
-    static double real(ZetNoiseState* s, const NoiseScale& scale) {
-        const double sample = gaussianSample(s);
-        return (scale.b * s->radius) * sample + scale.a;
-    }
+    // A square of the least draws has a logarithm above -90.
+    static constexpr double kGreatest = 16;
 };
-
-template <class T, class Noise>
-T noisy(T pixel, ZetNoiseState* state, const NoiseScale& scale, std::int64_t base) {
-    if constexpr (std::is_same_v<T, float>) {
-        return static_cast<float>(static_cast<double>(pixel) + Noise::real(state, scale));
-    } else {
-        const std::int64_t sum = pixel + (base + Noise::whole(state, scale.b));
-        return static_cast<T>(
-            std::clamp<std::int64_t>(sum, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
-    }
-}
 
 // `group` elements of each pixel, pixels `step` elements apart.
 struct NoiseRow {
@@ -125,23 +58,65 @@ struct NoiseRow {
 };
 
 using NoiseRoutine = void (*)(const NoiseRow& row, const std::uint8_t* mask, const NoiseScale& scale,
-                              ZetNoiseState* state);
+                              NoiseQueue* queue);
 
-// `mask` holds a byte for each pixel, or is null. The state is kept at hand, away from what pixels may alias.
-template <class T, class Noise>
-void noiseRow(const NoiseRow& row, const std::uint8_t* mask, const NoiseScale& scale, ZetNoiseState* state) {
-    T* pixels = reinterpret_cast<T*>(row.data);
-    const NoiseScale local = scale;
-    const std::int64_t base = std::is_same_v<T, float> ? 0 : static_cast<std::int64_t>(local.a);
-    ZetNoiseState s = *state;
-    for (std::ptrdiff_t x = 0; x < row.width; ++x) {
-        if (mask && !mask[x]) continue;
-        for (std::int32_t k = 0; k < row.group; ++k) {
-            T& pixel = pixels[x * row.step + k];
-            pixel = noisy<T, Noise>(pixel, &s, local, base);
-        }
+// Adds queue entries from `next` on to `count` elements. Whole is a type that holds an element and its noise.
+template <class T, class Noise, class Whole>
+void addWhole(T* __restrict elements, std::ptrdiff_t count, const NoiseQueue& q, std::ptrdiff_t next,
+              const NoiseScale& scale) {
+    const auto base = static_cast<Whole>(scale.a);
+    const double b = scale.b;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const Whole sum = elements[i] + (base + static_cast<Whole>(Noise::whole(q, next + i, b)));
+        elements[i] =
+            static_cast<T>(std::clamp<Whole>(sum, std::numeric_limits<T>::min(), std::numeric_limits<T>::max()));
     }
-    *state = s;
+}
+
+template <class Noise>
+void addReal(float* __restrict elements, std::ptrdiff_t count, const NoiseQueue& q, std::ptrdiff_t next,
+             const NoiseScale& scale) {
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        elements[i] = static_cast<float>(static_cast<double>(elements[i]) + Noise::real(q, next + i, scale));
+}
+
+// Whether 32 bits hold an element of at most 16, with its noise.
+template <class Noise>
+bool isSmall(const NoiseScale& scale) {
+    constexpr double kRoom = 1 << 29;
+    return std::abs(scale.a) <= kRoom && std::abs(scale.b) * Noise::kGreatest <= kRoom;
+}
+
+template <class T, class Noise>
+void addEntries(T* elements, std::ptrdiff_t count, const NoiseQueue& q, std::ptrdiff_t next, const NoiseScale& scale) {
+    if constexpr (std::is_same_v<T, float>) {
+        addReal<Noise>(elements, count, q, next, scale);
+    } else {
+        if (sizeof(T) < 4 && isSmall<Noise>(scale))
+            return addWhole<T, Noise, std::int32_t>(elements, count, q, next, scale);
+        addWhole<T, Noise, std::int64_t>(elements, count, q, next, scale);
+    }
+}
+
+template <class T, class Noise>
+void noiseRun(T* elements, std::ptrdiff_t count, const NoiseScale& scale, NoiseQueue* queue) {
+    while (count > 0) {
+        if (queue->next == queue->count) Noise::fill(queue);
+        const std::ptrdiff_t n = std::min(count, queue->count - queue->next);
+        addEntries<T, Noise>(elements, n, *queue, queue->next, scale);
+        queue->next += n;
+        elements += n;
+        count -= n;
+    }
+}
+
+// `mask` holds a byte for each pixel, or is null.
+template <class T, class Noise>
+void noiseRow(const NoiseRow& row, const std::uint8_t* mask, const NoiseScale& scale, NoiseQueue* queue) {
+    T* pixels = reinterpret_cast<T*>(row.data);
+    if (!mask && row.group == row.step) return noiseRun<T, Noise>(pixels, row.width * row.group, scale, queue);
+    for (std::ptrdiff_t x = 0; x < row.width; ++x)
+        if (!mask || mask[x]) noiseRun<T, Noise>(pixels + x * row.step, row.group, scale, queue);
 }
 
 template <class Noise>
@@ -158,19 +133,19 @@ constexpr std::array<NoiseRoutine, kDepthCount> noiseRoutines = {
 struct NoiseWork {
     NoiseRoutine routine;
     NoiseScale scale;
-    ZetNoiseState state;
+    NoiseQueue queue;
     std::int32_t firstChannel;
     std::int32_t nProc;
 };
 
 void runRow(NoiseWork* work, const NoiseRow& row, const MaskBits& mask, std::ptrdiff_t sampleBytes) {
-    if (!mask.data) return work->routine(row, nullptr, work->scale, &work->state);
+    if (!mask.data) return work->routine(row, nullptr, work->scale, &work->queue);
     forMaskPieces(mask, row.width,
                   [&](std::ptrdiff_t first, std::ptrdiff_t count, MaskCover cover, const std::uint8_t* bytes) {
                       NoiseRow piece = row;
                       piece.data += first * row.step * sampleBytes;
                       piece.width = count;
-                      work->routine(piece, cover == MaskCover::All ? nullptr : bytes, work->scale, &work->state);
+                      work->routine(piece, cover == MaskCover::All ? nullptr : bytes, work->scale, &work->queue);
                   });
 }
 
@@ -257,12 +232,13 @@ NoiseScale gaussianScale(const ZetNoiseParam& p, std::uint32_t depth) {
 }
 
 NoiseWork prepare(const ZetImage* image, const ZetNoiseParam& p) {
-    NoiseWork work{};
+    NoiseWork work;
     const auto index = static_cast<std::size_t>(depthIndex(image->depth));
     const bool isUniform = p.noise == ZET_NOISE_UNIFORM;
     work.routine = isUniform ? noiseRoutines<Uniform>[index] : noiseRoutines<Gaussian>[index];
     work.scale = isUniform ? uniformScale(p, image->depth) : gaussianScale(p, image->depth);
-    work.state = startState(p.seed);
+    work.queue.draws = startDraws(p.seed);
+    work.queue.next = work.queue.count = 0;
     const std::int32_t coi = regionCoi(image);
     work.firstChannel = std::max(coi - 1, 0);
     work.nProc = coi > 0 ? 1 : image->nChannels - (image->alphaChannel ? 1 : 0);

@@ -85,21 +85,17 @@ struct Reduced {
     double fraction;  // between the root of one half and that of two, less one
 };
 
+// Without a branch, so that many numbers go side by side.
 Reduced reduce(double x) {
     const auto bits = std::bit_cast<std::uint64_t>(x);
-    auto exponent = static_cast<std::int32_t>(bits >> 52) - 1023;
-    double mantissa = std::bit_cast<double>((bits & 0x000FFFFFFFFFFFFFu) | 0x3FF0000000000000u);
-    if (mantissa > kSqrtTwo) {
-        mantissa *= 0.5;
-        ++exponent;
-    }
-    return {static_cast<double>(exponent), mantissa - 1.0};
+    const double mantissa = std::bit_cast<double>((bits & 0x000FFFFFFFFFFFFFu) | 0x3FF0000000000000u);
+    const bool large = mantissa > kSqrtTwo;
+    const std::int32_t exponent = static_cast<std::int32_t>(bits >> 52) - 1023 + (large ? 1 : 0);
+    return {static_cast<double>(exponent), (large ? mantissa * 0.5 : mantissa) - 1.0};
 }
 
-}  // namespace
-
 // ln(1 + f) = 2 atanh(s) with s = f / (2 + f); the quotient's rest is carried, so that only the last sum rounds.
-double ownLog(double x) {
+double logOf(double x) {
     const Reduced r = reduce(x);
     const double f = r.fraction;
     const double divisor = 2.0 + f;
@@ -112,8 +108,17 @@ double ownLog(double x) {
     const double large = r.exponent * kLn2High;
     const double main = 2.0 * s;
     const double sum = large + main;
-    const double rest = r.exponent == 0.0 ? 0.0 : main - (sum - large);
+    const double lost = main - (sum - large);
+    const double rest = r.exponent == 0.0 ? 0.0 : lost;
     return sum + (rest + small);
+}
+
+}  // namespace
+
+double ownLog(double x) { return logOf(x); }
+
+void ownLogs(const double* __restrict x, std::ptrdiff_t count, double* __restrict logs) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) logs[i] = logOf(x[i]);
 }
 
 double ownSin(double x) {
