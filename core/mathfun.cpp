@@ -1,7 +1,7 @@
 #include "core/mathfun.h"
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 
 namespace zetpxl {
 
@@ -16,27 +16,6 @@ struct Split {
     double high;
     double low;
 };
-
-// Upper half and rest of a double (Dekker, 1971): products of halves are exact.
-Split split(double a) {
-    const double c = 134217729.0 * a;
-    const double high = c - (c - a);
-    return {high, a - high};
-}
-
-// What a * b rounds away.
-double productRest(double a, double b, double product) {
-    const Split x = split(a);
-    const Split y = split(b);
-    return ((x.high * y.high - product) + x.high * y.low + x.low * y.high) + x.low * y.low;
-}
-
-// 2/3 + 2/5 z + 2/7 z^2 ... : what follows 2s in ln((1 + s) / (1 - s)), over s z with z = s * s.
-double atanhTail(double z) {
-    double sum = 0;
-    for (int odd = 29; odd >= 3; odd -= 2) sum = sum * z + 2.0 / odd;
-    return sum;
-}
 
 // Half of pi in three parts; products of the first two with small whole numbers are exact.
 constexpr double kHalfPi1 = 1.57079632673412561417e+00;
@@ -80,45 +59,91 @@ double smallCosine(double high, double low) {
     return main + (((1.0 - main) - half) - half * (sum * z) - high * low);
 }
 
-struct Reduced {
-    double exponent;
-    double fraction;  // between the root of one half and that of two, less one
-};
-
-// Without a branch, so that many numbers go side by side.
-Reduced reduce(double x) {
-    const auto bits = std::bit_cast<std::uint64_t>(x);
-    const double mantissa = std::bit_cast<double>((bits & 0x000FFFFFFFFFFFFFu) | 0x3FF0000000000000u);
-    const bool large = mantissa > kSqrtTwo;
-    const std::int32_t exponent = static_cast<std::int32_t>(bits >> 52) - 1023 + (large ? 1 : 0);
-    return {static_cast<double>(exponent), (large ? mantissa * 0.5 : mantissa) - 1.0};
+// Exponent and fraction of numbers, the fraction between the root of one half and that of two, less one. An exponent
+// becomes a number in the last places of 2^52.
+template <class Real, class Bits>
+void reduceLog(const Real& x, Real* exponent, Real* fraction) {
+    Bits bits;
+    std::memcpy(&bits, &x, sizeof bits);
+    const Bits mantissaBits = (bits & 0x000FFFFFFFFFFFFFu) | 0x3FF0000000000000u;
+    const Bits wholeBits = (bits >> 52) | 0x4330000000000000u;
+    Real mantissa;
+    Real whole;
+    std::memcpy(&mantissa, &mantissaBits, sizeof mantissa);
+    std::memcpy(&whole, &wholeBits, sizeof whole);
+    whole -= 4503599627370496.0 + 1023.0;
+    const auto large = mantissa > kSqrtTwo;
+    *exponent = large ? whole + 1.0 : whole;
+    *fraction = (large ? mantissa * 0.5 : mantissa) - 1.0;
 }
 
-// ln(1 + f) = 2 atanh(s) with s = f / (2 + f); the quotient's rest is carried, so that only the last sum rounds.
-double logOf(double x) {
-    const Reduced r = reduce(x);
-    const double f = r.fraction;
-    const double divisor = 2.0 + f;
-    const double divisorRest = f - (divisor - 2.0);
-    const double s = f / divisor;
-    const double product = s * divisor;
-    const double sRest = (((f - product) - productRest(s, divisor, product)) - s * divisorRest) / divisor;
-    const double z = s * s;
-    const double small = (2.0 * sRest + s * (z * atanhTail(z))) + r.exponent * kLn2Low;
-    const double large = r.exponent * kLn2High;
-    const double main = 2.0 * s;
-    const double sum = large + main;
-    const double lost = main - (sum - large);
-    const double rest = r.exponent == 0.0 ? 0.0 : lost;
-    return sum + (rest + small);
+// What a * b rounds away: halves of doubles have exact products (Dekker, 1971).
+template <class Real>
+void productRest(const Real& a, const Real& b, const Real& product, Real* rest) {
+    const Real ca = 134217729.0 * a;
+    const Real cb = 134217729.0 * b;
+    const Real aHigh = ca - (ca - a);
+    const Real bHigh = cb - (cb - b);
+    const Real aLow = a - aHigh;
+    const Real bLow = b - bHigh;
+    *rest = ((aHigh * bHigh - product) + aHigh * bLow + aLow * bHigh) + aLow * bLow;
+}
+
+// 2/3 + 2/5 z + 2/7 z^2 ... : what follows 2s in ln((1 + s) / (1 - s)), over s z with z = s * s.
+template <class Real>
+void atanhTail(const Real& z, Real* tail) {
+    Real sum = z * 0.0;
+    for (int odd = 29; odd >= 3; odd -= 2) sum = sum * z + 2.0 / odd;
+    *tail = sum;
+}
+
+// ln(1 + f) = 2 atanh(s) with s = f / (2 + f); the quotient's rest is carried, so that only the last sum rounds. One number
+// or a vector of them: there is no branch.
+template <class Real, class Bits>
+void takeLog(const Real& x, Real* log) {
+    Real exponent;
+    Real f;
+    reduceLog<Real, Bits>(x, &exponent, &f);
+    const Real divisor = 2.0 + f;
+    const Real divisorRest = f - (divisor - 2.0);
+    const Real s = f / divisor;
+    const Real product = s * divisor;
+    Real lostProduct;
+    productRest(s, divisor, product, &lostProduct);
+    const Real sRest = (((f - product) - lostProduct) - s * divisorRest) / divisor;
+    const Real z = s * s;
+    Real tail;
+    atanhTail(z, &tail);
+    const Real small = (2.0 * sRest + s * (z * tail)) + exponent * kLn2Low;
+    const Real large = exponent * kLn2High;
+    const Real main = 2.0 * s;
+    const Real sum = large + main;
+    const Real lost = main - (sum - large);
+    const Real rest = exponent == 0.0 ? lost * 0.0 : lost;
+    *log = sum + (rest + small);
 }
 
 }  // namespace
 
-double ownLog(double x) { return logOf(x); }
+double ownLog(double x) {
+    double log = 0;
+    takeLog<double, std::uint64_t>(x, &log);
+    return log;
+}
 
-void ownLogs(const double* __restrict x, std::ptrdiff_t count, double* __restrict logs) {
-    for (std::ptrdiff_t i = 0; i < count; ++i) logs[i] = logOf(x[i]);
+void ownLogs(const double* x, std::ptrdiff_t count, double* logs) {
+    using Reals [[gnu::vector_size(32)]] = double;
+    using Words [[gnu::vector_size(32)]] = std::uint64_t;
+    constexpr std::ptrdiff_t kLanes = 4;
+    std::ptrdiff_t i = 0;
+    for (; i + kLanes <= count; i += kLanes) {
+        Reals numbers;
+        Reals made;
+        std::memcpy(&numbers, x + i, sizeof numbers);
+        takeLog<Reals, Words>(numbers, &made);
+        std::memcpy(logs + i, &made, sizeof made);
+    }
+    for (; i < count; ++i) logs[i] = ownLog(x[i]);
 }
 
 double ownSin(double x) {
