@@ -88,7 +88,7 @@ void store(const float* row, std::ptrdiff_t count, T* out) {
 }
 
 template <class T, std::int32_t Kind>
-void stagedRow(const FixedWindow<T>& window, float* out) {
+void stagedSamples(const FixedWindow<T>& window, float* out) {
     const FixedWindow<T> local = window;
 #pragma GCC ivdep
     for (std::ptrdiff_t i = 0; i < local.count; ++i) {
@@ -96,6 +96,38 @@ void stagedRow(const FixedWindow<T>& window, float* out) {
         out[i] = stagedSum<Kind>(
             [&](std::size_t r, std::ptrdiff_t c) { return static_cast<double>(static_cast<float>(sample(r, c))); });
     }
+}
+
+constexpr std::ptrdiff_t kPiece = 256;
+constexpr std::ptrdiff_t kMostBeside = 32;  // samples of a window right of its first
+
+// A piece of a row whose samples are widened once, not once for each window that they stand in.
+template <class T, std::int32_t Kind>
+void stagedPiece(const FixedWindow<T>& window, float* __restrict out) {
+    double wide[5][kPiece + kMostBeside];
+    for (std::size_t r = 0; r < 5; ++r) {
+        const T* const row = window.rows[r];
+        for (std::ptrdiff_t i = 0; i < window.count + 4 * window.step; ++i) wide[r][i] = static_cast<double>(row[i]);
+    }
+    const std::ptrdiff_t step = window.step;
+    for (std::ptrdiff_t i = 0; i < window.count; ++i)
+        out[i] = stagedSum<Kind>([&](std::size_t r, std::ptrdiff_t c) { return wide[r][i + c * step]; });
+}
+
+template <class T, std::int32_t Kind>
+void stagedRow(const FixedWindow<T>& window, float* out) {
+    if constexpr (sizeof(T) < 4 && Kind == kSmooth5) {
+        if (4 * window.step <= kMostBeside) {
+            for (std::ptrdiff_t i = 0; i < window.count; i += kPiece) {
+                FixedWindow<T> piece = window;
+                for (const T*& row : piece.rows) row += i;
+                piece.count = std::min(kPiece, window.count - i);
+                stagedPiece<T, Kind>(piece, out + i);
+            }
+            return;
+        }
+    }
+    stagedSamples<T, Kind>(window, out);
 }
 
 template <class T, std::int32_t Kind>
