@@ -66,7 +66,7 @@ void sumTile(const TapList& taps, std::ptrdiff_t at, bool fresh, float* accRow) 
         for (std::ptrdiff_t v = 0; v < 4; ++v) {
             FloatVector samples;
             loadVector(tap.at + at + v * kFloatLanes, &samples);
-            sums[v] += samples * tap.weight;
+            addExactProducts(samples, tap.weight, &sums[v]);
         }
     }
     for (std::ptrdiff_t v = 0; v < 4; ++v) storeVector(sums[v], accRow + at + v * kFloatLanes);
