@@ -69,6 +69,34 @@ struct SmallSumMean : WholeSums<Sample> {
     }
 };
 
+// Bytes by a product of 32 bits, by the whole number below the reciprocal's or by the one above.
+struct WordMean : WholeSums<std::uint8_t> {
+    static constexpr std::int32_t kShift = 23;
+    std::uint32_t factor;
+
+    WordMean(float inverse, std::uint32_t above) : factor(factorOf(inverse) + above) {}
+    static std::uint32_t factorOf(float inverse) {
+        return static_cast<std::uint32_t>(std::ldexp(static_cast<double>(inverse), kShift));
+    }
+    std::uint8_t result(std::uint32_t sum) const { return static_cast<std::uint8_t>((sum * factor) >> kShift); }
+};
+
+// Whether this gives all means of so many bytes. Both expressions grow with the sum, so the sums on either side of where a
+// mean begins tell.
+bool servesAll(const WordMean& quick, float inverse, std::int64_t samples) {
+    const SmallSumMean<std::uint8_t> exact(inverse);
+    const std::int64_t most = 255 * samples;
+    if (most * quick.factor > 0xFFFFFFFFLL) return false;
+    const auto agree = [&](std::uint32_t sum) { return quick.result(sum) == exact.result(sum); };
+    for (std::int64_t mean = 1; mean <= 255; ++mean) {
+        auto begin = static_cast<std::uint32_t>(mean * samples);
+        while (begin > 0 && exact.result(begin - 1) >= mean) --begin;
+        while (begin < most && exact.result(begin) < mean) ++begin;
+        if (!agree(begin) || !agree(begin - 1)) return false;
+    }
+    return agree(static_cast<std::uint32_t>(most));
+}
+
 // One bit, a byte each here: 1 from exactly one half on.
 struct BitMean : WholeSums<std::uint8_t> {
     Reciprocal reciprocal;
@@ -357,10 +385,10 @@ bool runRows(const Work<Mean>& w) {
 }
 
 template <class Mean>
-bool blurWith(const BlurPiece& piece) {
+bool blurWith(const BlurPiece& piece, const Mean& mean) {
     constexpr bool isBits = std::is_same_v<Mean, BitMean>;
     const std::ptrdiff_t bytes = isBits ? 0 : static_cast<std::ptrdiff_t>(sizeof(typename Mean::T));
-    Work<Mean> w{&piece, Mean(piece.inverse), lanesOf(piece, bytes), {}, {}, {}, {}};
+    Work<Mean> w{&piece, mean, lanesOf(piece, bytes), {}, {}, {}, {}};
     w.columns = allocBlock<typename Mean::Column>(sizeProduct(w.lanes.count, w.lanes.planes));
     w.sums = allocBlock<typename Mean::Row>(sizeProduct(piece.width, w.lanes.outPerPixel));
     if (!w.columns || !w.sums) return false;
@@ -377,18 +405,42 @@ bool blurWith(const BlurPiece& piece) {
     return done;
 }
 
+template <class Mean>
+bool blurBy(const BlurPiece& piece) {
+    return blurWith(piece, Mean(piece.inverse));
+}
+
 template <class T>
 bool blurIntegers(const BlurPiece& piece) {
     constexpr std::int64_t greatest = std::int64_t{1} << (8 * sizeof(T));
     const bool isSmall = std::int64_t{piece.nCols} * piece.nRows <= (std::int64_t{1} << 29) / greatest;
-    return isSmall ? blurWith<SmallSumMean<T>>(piece) : blurWith<IntegerMean<T>>(piece);
+    return isSmall ? blurBy<SmallSumMean<T>>(piece) : blurBy<IntegerMean<T>>(piece);
+}
+
+// Beyond, 32 bits rarely tell all means apart; below, looking for them costs more than it saves.
+constexpr std::int64_t kMostWordSamples = 1024;
+constexpr std::int64_t kFewestWordPixels = 1 << 14;
+
+bool blurBytes(const BlurPiece& piece) {
+    const std::int64_t samples = std::int64_t{piece.nCols} * piece.nRows;
+    const bool pays = samples <= kMostWordSamples && std::int64_t{piece.width} * piece.height >= kFewestWordPixels;
+    for (std::uint32_t above = 0; above < 2 && pays; ++above) {
+        const WordMean quick(piece.inverse, above);
+        if (servesAll(quick, piece.inverse, samples)) return blurWith(piece, quick);
+    }
+    return blurIntegers<std::uint8_t>(piece);
 }
 
 using BlurRoutine = bool (*)(const BlurPiece& piece);
 
 constexpr std::array<BlurRoutine, kDepthCount> blurRoutines = {
-    blurWith<BitMean>,          blurIntegers<std::uint8_t>, blurIntegers<std::int8_t>, blurIntegers<std::uint16_t>,
-    blurIntegers<std::int16_t>, blurWith<Signed32Mean>,     blurWith<FloatMean>,
+    blurBy<BitMean>,
+    blurBytes,
+    blurIntegers<std::int8_t>,
+    blurIntegers<std::uint16_t>,
+    blurIntegers<std::int16_t>,
+    blurBy<Signed32Mean>,
+    blurBy<FloatMean>,
 };
 
 }  // namespace

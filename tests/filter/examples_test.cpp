@@ -169,6 +169,12 @@ TEST(BlurExample, LargeWindowsAreExactOnBothSidesOfTheBound) {
     }
 }
 
+// Wide enough for means by 32-bit products, in windows whose means these do and do not give.
+TEST(BlurExample, MeansOfBytesAreExactByEitherProduct) {
+    for (const std::int32_t nRows : {1, 2, 3, 5, 7, 13, 14, 15, 16, 19})
+        for (const std::int32_t nCols : {nRows, 15}) expectExactMeans<std::uint8_t>(ZET_DEPTH_8U, 6000, nCols, nRows);
+}
+
 TEST(BlurExample, MoreThanCanBeCounted) {
     EventLog log;
     const Recorder recorder(log);
