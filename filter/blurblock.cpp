@@ -213,7 +213,7 @@ double nextSum(double sum, double entering, double leaving) { return (sum + ente
 
 // Sums of nCols columns along a row, for each channel that is stored.
 template <class Mean>
-void sumInTurn(const Work<Mean>& w, const typename Mean::Column* columns) {
+void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
     using Row = typename Mean::Row;
     const std::ptrdiff_t step = w.lanes.perPixel;
     const std::int32_t kept = w.lanes.outPerPixel;
@@ -262,21 +262,18 @@ SumVector lastSums(SumVector sums) {
     return sums;
 }
 
-// The sum along a row, a vector at a time: what enters and leaves is summed up within the vector first, so that one addition
-// a vector waits for the one before.
+constexpr std::ptrdiff_t kSumLanes = 4;
+
+// Sums `from` up to `size` of a row or a piece of it, a vector at a time: what enters and leaves is summed up within the
+// vector first, so that one addition a vector waits for the one before. The kSumLanes sums in front of `from` are there.
 template <std::ptrdiff_t Step>
-void sumInVectors(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t size, std::uint32_t* sums) {
-    constexpr std::ptrdiff_t kLanes = 4;
+void sumInVectors(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t from, std::ptrdiff_t size,
+                  std::uint32_t* sums) {
     const std::uint32_t* const entering = columns + nCols * Step;
-    SumVector last{};
-    for (std::ptrdiff_t c = 0; c < Step; ++c) {
-        std::uint32_t sum = 0;
-        for (std::ptrdiff_t x = 0; x < nCols; ++x) sum += columns[x * Step + c];
-        sums[c] = sum;
-        last[kLanes - Step + c] = sum;
-    }
-    std::ptrdiff_t i = Step;
-    for (; i + kLanes <= size; i += kLanes) {
+    SumVector last;
+    std::memcpy(&last, sums + from - kSumLanes, sizeof last);
+    std::ptrdiff_t i = from;
+    for (; i + kSumLanes <= size; i += kSumLanes) {
         SumVector in;
         SumVector out;
         std::memcpy(&in, entering + i - Step, sizeof in);
@@ -287,25 +284,26 @@ void sumInVectors(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdi
     for (; i < size; ++i) sums[i] = sums[i - Step] + (entering[i - Step] - columns[i - Step]);
 }
 
-bool sumWhole(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t step, std::ptrdiff_t size,
-              std::uint32_t* sums) {
-    if (nCols == 3) return sumAnew<3>(columns, step, size, sums), true;
-    if (nCols == 5) return sumAnew<5>(columns, step, size, sums), true;
-    if (step == 1) return sumInVectors<1>(columns, nCols, size, sums), true;
-    if (step == 2) return sumInVectors<2>(columns, nCols, size, sums), true;
-    if (step == 3) return sumInVectors<3>(columns, nCols, size, sums), true;
-    if (step == 4) return sumInVectors<4>(columns, nCols, size, sums), true;
-    return false;
+// The sums of a row's first pixel.
+void sumFirst(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t step, std::uint32_t* sums) {
+    for (std::ptrdiff_t c = 0; c < step; ++c) {
+        std::uint32_t sum = 0;
+        for (std::ptrdiff_t x = 0; x < nCols; ++x) sum += columns[x * step + c];
+        sums[c] = sum;
+    }
 }
 
-template <class Mean>
-void sumAlong(const Work<Mean>& w, const typename Mean::Column* columns) {
-    if constexpr (!Mean::truncatesFloats) {
-        const std::ptrdiff_t step = w.lanes.perPixel;
-        if (step == w.lanes.outPerPixel && sumWhole(columns, w.piece->nCols, step, w.piece->width * step, w.sums.get()))
-            return;
-    }
-    sumInTurn(w, columns);
+// A piece of a row's sums: `isFirst` begins the row, others go on from the sums in front.
+void sumPiece(const std::uint32_t* columns, std::ptrdiff_t nCols, std::ptrdiff_t step, bool isFirst,
+              std::ptrdiff_t size, std::uint32_t* sums) {
+    if (nCols == 3) return sumAnew<3>(columns, step, size, sums);
+    if (nCols == 5) return sumAnew<5>(columns, step, size, sums);
+    if (isFirst) sumFirst(columns, nCols, step, sums);
+    const std::ptrdiff_t from = isFirst ? step : 0;
+    if (step == 1) return sumInVectors<1>(columns, nCols, from, size, sums);
+    if (step == 2) return sumInVectors<2>(columns, nCols, from, size, sums);
+    if (step == 3) return sumInVectors<3>(columns, nCols, from, size, sums);
+    sumInVectors<4>(columns, nCols, from, size, sums);
 }
 
 template <class T>
@@ -384,6 +382,55 @@ bool runRows(const Work<Mean>& w) {
     return true;
 }
 
+// Samples of a row that are made while all that they need stays in the first cache.
+constexpr std::ptrdiff_t kPiece = 1024;
+
+// All channels of whole samples, side by side on both sides, and no mask.
+template <class Mean>
+bool isStraight(const Work<Mean>& w) {
+    const BlurPiece& p = *w.piece;
+    return !p.mask.data && w.lanes.planes == 1 && w.lanes.sampleStep == 1 && w.lanes.perPixel == w.lanes.outPerPixel &&
+           w.lanes.perPixel == p.dstPixelStep && w.lanes.perPixel <= kSumLanes;
+}
+
+// A row of the destination. The columns are moved on as far as each piece needs them; a first row has nothing to add.
+template <class Mean>
+void makeStraightRow(const Work<Mean>& w, const typename Mean::T* added, const typename Mean::T* taken,
+                     typename Mean::T* __restrict dst) {
+    const std::ptrdiff_t step = w.lanes.perPixel;
+    const std::ptrdiff_t size = w.piece->width * step;
+    std::uint32_t* const columns = w.columns.get();
+    std::uint32_t sums[kSumLanes + kPiece] = {};
+    std::ptrdiff_t moved = added ? 0 : w.lanes.count;
+    for (std::ptrdiff_t first = 0; first < size; first += kPiece) {
+        const std::ptrdiff_t count = std::min(kPiece, size - first);
+        const std::ptrdiff_t needed = std::min(w.lanes.count, first + count + w.piece->nCols * step);
+        for (; moved < needed; ++moved)
+            columns[moved] = (columns[moved] + Mean::column(added[moved])) - Mean::column(taken[moved]);
+        sumPiece(columns + first, w.piece->nCols, step, first == 0, count, sums + kSumLanes);
+        for (std::ptrdiff_t i = 0; i < count; ++i) dst[first + i] = w.mean.result(sums[kSumLanes + i]);
+        std::memcpy(sums, sums + count, kSumLanes * sizeof *sums);
+    }
+    for (; moved < w.lanes.count; ++moved)
+        columns[moved] = (columns[moved] + Mean::column(added[moved])) - Mean::column(taken[moved]);
+}
+
+template <class Mean>
+bool runStraightRows(const Work<Mean>& w) {
+    if (!startColumns(w)) return false;
+    for (std::int32_t y = 0; y < w.piece->height; ++y) {
+        const typename Mean::T* added = nullptr;
+        const typename Mean::T* taken = nullptr;
+        if (y > 0) {
+            added = samplesOf(w, std::int64_t{y} - 1 + w.piece->nRows, 0, nullptr);
+            taken = samplesOf(w, std::int64_t{y} - 1, 0, nullptr);
+            if (!added || !taken) return false;
+        }
+        makeStraightRow(w, added, taken, reinterpret_cast<typename Mean::T*>(w.piece->dst + y * w.piece->dstRowStep));
+    }
+    return true;
+}
+
 template <class Mean>
 bool blurWith(const BlurPiece& piece, const Mean& mean) {
     constexpr bool isBits = std::is_same_v<Mean, BitMean>;
@@ -397,6 +444,8 @@ bool blurWith(const BlurPiece& piece, const Mean& mean) {
         w.taken = allocBlock<std::uint8_t>(w.lanes.count);
         if (!w.added || !w.taken) return false;
     }
+    if constexpr (!Mean::truncatesFloats && !isBits)
+        if (isStraight(w)) return runStraightRows(w);
     if (!Mean::truncatesFloats) return runRows(w);
     const int mode = std::fegetround();
     std::fesetround(FE_TOWARDZERO);
