@@ -132,11 +132,22 @@ void addRow(const SumRow& row, const T* samples) {
     sumRow(row, samples, [](float sum, T sample) { return sum + static_cast<float>(sample); });
 }
 
+// A sample that ends a cell, whose sums go to `closed`, and begins the next.
 template <class T>
-void addShare(const SumRow& row, const T* samples, double share) {
-    sumRow(row, samples, [share](float sum, T sample) {
-        return static_cast<float>(static_cast<double>(sum) + static_cast<double>(sample) * share);
-    });
+void shareRow(const SumRow& row, const T* samples, double before, double after, float* __restrict closed) {
+    const auto share = [=](float& sum, float& whole, T sample) {
+        const auto value = static_cast<double>(sample);
+        whole = static_cast<float>(static_cast<double>(sum) + value * before);
+        sum = static_cast<float>(value * after);
+    };
+    float* __restrict const sums = row.sums;
+    if (row.together == row.pixelStep) {
+        for (std::ptrdiff_t i = 0; i < row.columns * row.together; ++i) share(sums[i], closed[i], samples[i]);
+        return;
+    }
+    for (std::ptrdiff_t x = 0; x < row.columns; ++x)
+        for (std::ptrdiff_t c = 0; c < row.together; ++c)
+            share(sums[x * row.together + c], closed[x * row.together + c], samples[x * row.pixelStep + c]);
 }
 
 template <class T>
@@ -227,6 +238,7 @@ struct AreaRun {
     const DecimateBlock* block;
     AreaCells cells;
     SumRow row;
+    float* closed;           // sums of the cells that a row has ended
     std::ptrdiff_t rows;     // to make
     std::ptrdiff_t srcRows;  // to read
     double inverse;
@@ -239,24 +251,28 @@ template <class T>
 void areaPass(const AreaRun& run, const T* src, T* dst) {
     const DecimateBlock& block = *run.block;
     AreaAxis axis = startAxis(block.yPos, block.yStep);
+    SumRow closed = run.row;
+    closed.sums = run.closed;
     std::ptrdiff_t j = 0;
-    const auto put = [&] {
-        putCells(run.cells, run.row, run.inverse, block.dstPixelStep, dst + j++ * block.dstRowStep);
+    const auto put = [&](const SumRow& row) {
+        putCells(run.cells, row, run.inverse, block.dstPixelStep, dst + j++ * block.dstRowStep);
     };
     clearSums(run.row);
-    for (std::ptrdiff_t r = 0; r < run.srcRows; ++r, src += block.srcRowStep) {
+    for (std::ptrdiff_t r = 0; r < run.srcRows && j < run.rows; ++r, src += block.srcRowStep) {
         const AreaStep step = nextSample(&axis);
-        if (!step.crosses) addRow(run.row, src);
-        if (step.crosses && step.closes) addShare(run.row, src, step.before);
-        if (step.closes) put();
-        if (j == run.rows) return;
-        if (step.crosses) {
-            setShare(run.row, src, step.after);
-        } else if (step.closes) {
+        if (!step.crosses) {
+            addRow(run.row, src);
+            if (!step.closes) continue;
+            put(run.row);
             clearSums(run.row);
+        } else if (step.closes) {
+            shareRow(run.row, src, step.before, step.after, run.closed);
+            put(closed);
+        } else {
+            setShare(run.row, src, step.after);
         }
     }
-    for (; j < run.rows; clearSums(run.row)) put();
+    for (; j < run.rows; clearSums(run.row)) put(run.row);
 }
 
 // Source samples of an axis that the cells touch.
@@ -282,7 +298,8 @@ bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
     const std::ptrdiff_t nRows = areaExtent(shape.rows, block.yStep, r0, shape.srcRows);
     // Some columns more than there are: cells are looked at by the longest of them.
     const std::ptrdiff_t spare = (kMostBetween + 2) * shape.nTogether;
-    const Block<float> sums = allocBlock<float>(nColumns < 1 ? 0 : nColumns * shape.nTogether + spare);
+    const std::ptrdiff_t size = nColumns < 1 ? 0 : nColumns * shape.nTogether + spare;
+    const Block<float> sums = allocBlock<float>(2 * size);
     const Block<std::int32_t> counts = allocBlock<std::int32_t>(shape.columns * 3);
     const Block<double> shares = allocBlock<double>(shape.columns * 2);
     if (!sums || !counts || !shares) return false;
@@ -290,10 +307,11 @@ bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
                 {0, counts.get(), counts.get() + shape.columns, counts.get() + 2 * shape.columns, shares.get(),
                  shares.get() + shape.columns, 0},
                 {sums.get(), nColumns, shape.nTogether, block.srcPixelStep},
+                sums.get() + size,
                 shape.rows,
                 nRows,
                 1 / (static_cast<double>(block.yStep) * static_cast<double>(block.xStep))};
-    std::fill_n(sums.get() + nColumns * shape.nTogether, spare, 0.0f);
+    std::fill_n(sums.get(), 2 * size, 0.0f);
     planCells(block, nColumns, shape.columns, &run.cells);
     areaPasses<T>(run, shape, r0 * block.srcRowStep + c0 * block.srcPixelStep);
     return true;
