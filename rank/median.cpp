@@ -30,7 +30,7 @@ struct MedianScratch {
 
 template <class T>
 bool allocate(const FilterBlock& b, const FilterLanes& lanes, MedianScratch<T>* s) {
-    s->method = chooseMedian<T>(b.params->nCols, b.params->nRows);
+    s->method = chooseMedian<T>(b.params->nCols, b.params->nRows, lanes.lanes);
     s->rows = allocBlock<const T*>(b.params->nRows);
     s->bytes = allocBlock<std::uint8_t>(s->method.scratchBytes);
     s->buffer = allocBlock<T>(sizeProduct(b.width, lanes.lanes));

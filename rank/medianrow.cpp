@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "core/alloc.h"
+#include "rank/mediannetwork.h"
 
 namespace zetpxl {
 
@@ -68,7 +69,7 @@ void selectInPool(const MedianRow<T>& row, std::ptrdiff_t first, std::ptrdiff_t 
 }
 
 template <class T>
-void networkRow(const MedianRow<T>& row) {
+void poolRow(const MedianRow<T>& row) {
     const std::ptrdiff_t samples = row.width * row.lanes;
     for (std::ptrdiff_t first = 0; first < samples; first += kPoolWidth)
         selectInPool(row, first, std::min(kPoolWidth, samples - first));
@@ -191,31 +192,41 @@ void selectionRow(const MedianRow<T>& row) {
 
 // Window sizes up to which exchanging is cheaper than the method for large windows.
 template <class T>
-constexpr std::ptrdiff_t kNetworkLimit = sizeof(T) == 1 ? 36 : 64;
+constexpr std::ptrdiff_t kPoolLimit = sizeof(T) == 1 ? 36 : 64;
 
 template <class T>
-MedianMethod<T> largeMethod(std::ptrdiff_t n) {
-    constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(T));
+MedianMethod<T> largeMethod(std::int32_t nCols, std::int32_t nRows) {
     constexpr auto word = static_cast<std::ptrdiff_t>(sizeof(std::int32_t));
     if constexpr (sizeof(T) == 1) return {histogramRow<T, ByteHistogram>, word * ByteHistogram::kCounts};
     if constexpr (sizeof(T) == 2) return {histogramRow<T, WordHistogram>, word * WordHistogram::kCounts};
-    return {selectionRow<T>, sizeProduct(n, size)};
+    return plainMedian<T>(nCols, nRows);
 }
 
 }  // namespace
 
 template <class T>
-MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows) {
-    const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
-    if (n == 1) return {copyRow<T>, 1};
-    if (n > kNetworkLimit<T>) return largeMethod<T>(n);
-    return {networkRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+MedianMethod<T> plainMedian(std::int32_t nCols, std::int32_t nRows) {
+    return {selectionRow<T>, sizeProduct(nCols, nRows, static_cast<std::ptrdiff_t>(sizeof(T)))};
 }
 
-template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes) {
+    const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
+    if (n == 1) return {copyRow<T>, 1};
+    if (const MedianMethod<T> network = networkMedian<T>(nCols, nRows, lanes); network.row) return network;
+    if (n > kPoolLimit<T>) return largeMethod<T>(nCols, nRows);
+    return {poolRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+}
+
+template MedianMethod<std::uint8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::uint16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int32_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
 
 }  // namespace zetpxl

@@ -25,8 +25,12 @@ struct MedianMethod {
     std::ptrdiff_t scratchBytes;
 };
 
-// The cheapest method for a window of so many samples.
+// Selection in a copy of each window: slow, for any window.
 template <class T>
-MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+MedianMethod<T> plainMedian(std::int32_t nCols, std::int32_t nRows);
+
+// The cheapest method for a window of such a size.
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
 
 }  // namespace zetpxl
