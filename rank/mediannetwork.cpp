@@ -349,6 +349,8 @@ MedianMethod<T> networkMedian(std::int32_t nCols, std::int32_t nRows, std::int32
     if (nCols == 5) return methodOf<T, 5>(lanes);
     if (nCols == 7) return methodOf<T, 7>(lanes);
     if (nCols == 9) return methodOf<T, 9>(lanes);
+    if constexpr (sizeof(T) == 2)
+        if (nCols == 15) return methodOf<T, 15>(lanes);
     return {};
 }
 

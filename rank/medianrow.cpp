@@ -11,6 +11,8 @@
 #include <limits>
 
 #include "core/alloc.h"
+#include "rank/medianbins.h"
+#include "rank/mediancolumns.h"
 #include "rank/mediannetwork.h"
 
 namespace zetpxl {
@@ -79,22 +81,6 @@ template <class T>
 void copyRow(const MedianRow<T>& row) {
     std::copy_n(row.rows[0], row.width * row.lanes, row.out);
 }
-
-// Signed samples are shifted so that their order is that of unsigned ones.
-template <class T>
-constexpr std::uint32_t binOf(T sample) {
-    using U = std::make_unsigned_t<T>;
-    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
-    return static_cast<U>(static_cast<U>(sample) ^ flip);
-}
-
-template <class T>
-constexpr T sampleOf(std::uint32_t bin) {
-    using U = std::make_unsigned_t<T>;
-    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
-    return static_cast<T>(static_cast<U>(static_cast<U>(bin) ^ flip));
-}
-static_assert(binOf<std::int8_t>(-128) == 0 && binOf<std::int8_t>(127) == 255 && sampleOf<std::int16_t>(0) == -32768);
 
 // Counts of samples, and where the median stands in them: `below` counts the samples of bins before `bin`. Held by value
 // while a row is filtered, so that it stays in registers beside the counts.
@@ -210,23 +196,30 @@ MedianMethod<T> plainMedian(std::int32_t nCols, std::int32_t nRows) {
 }
 
 template <class T>
-MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes) {
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes, std::ptrdiff_t width) {
     const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
     if (n == 1) return {copyRow<T>, 1};
     if (const MedianMethod<T> network = networkMedian<T>(nCols, nRows, lanes); network.row) return network;
+    if constexpr (sizeof(T) == 1)
+        if (servesColumns(nCols, nRows)) return columnsMedian<T>(nCols, lanes, width);
     if (n > kPoolLimit<T>) return largeMethod<T>(nCols, nRows);
     return {poolRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
 }
 
 template MedianMethod<std::uint8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
 template MedianMethod<std::int8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                std::ptrdiff_t width);
 template MedianMethod<std::uint16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                  std::ptrdiff_t width);
 template MedianMethod<std::int16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
 template MedianMethod<std::int32_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes);
+template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
 
 }  // namespace zetpxl
