@@ -65,7 +65,7 @@ template <class T>
 void medianStripe(const FilterBlock& b, FilterRows<T>* rows, MedianScratch<T>* s) {
     const FilterLanes lanes = filterLanes(b);
     rows->src = lanes.src;
-    s->mask.one = b.srcMask.image ? b.srcMask : b.dstMask;
+    placeBlockMask(b, &s->mask);
     for (std::int32_t plane = 0; plane < lanes.planes; ++plane, rows->src += b.srcPlaneStep)
         medianPlane(b, lanes, plane, *rows, *s);
 }

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 
 #include "core/alloc.h"
@@ -22,48 +21,57 @@ namespace {
 constexpr std::ptrdiff_t kBins = 16;  // of each half of a sample
 constexpr std::ptrdiff_t kStripe = 512;
 
-using ColumnCounts [[gnu::vector_size(kBins)]] = std::uint8_t;
-using WindowCounts [[gnu::vector_size(2 * kBins)]] = std::uint16_t;
-using Verdicts [[gnu::vector_size(kBins)]] = std::int8_t;
+using Counts [[gnu::vector_size(2 * kBins)]] = std::int16_t;
+using HalfCounts [[gnu::vector_size(kBins)]] = std::int16_t;
+using HalfBytes [[gnu::vector_size(kBins / 2)]] = std::int8_t;
 
 // What a sample of a bin adds to running totals.
-constexpr auto kSteps = [] {
-    std::array<std::array<std::uint8_t, kBins>, kBins> steps{};
+alignas(Counts) constexpr auto kSteps = [] {
+    std::array<std::array<std::int16_t, kBins>, kBins> steps{};
     for (std::size_t bin = 0; bin < kBins; ++bin)
         for (std::size_t k = bin; k < kBins; ++k) steps[bin][k] = 1;
     return steps;
 }();
 
-// Counts of `columns` columns, the coarse ones and then each run of fine ones.
+// Counts of so many columns, the coarse ones and then each run of fine ones.
 struct Columns {
-    std::uint8_t* counts;
+    std::int16_t* counts;
     std::ptrdiff_t count;
 
-    std::uint8_t* coarse(std::ptrdiff_t column) const { return counts + column * kBins; }
-    std::uint8_t* fine(std::size_t run, std::ptrdiff_t column) const {
+    std::int16_t* coarse(std::ptrdiff_t column) const { return counts + column * kBins; }
+    std::int16_t* fine(std::size_t run, std::ptrdiff_t column) const {
         return counts + ((static_cast<std::ptrdiff_t>(run) + 1) * count + column) * kBins;
     }
 };
 
-void load(const std::uint8_t* from, ColumnCounts* counts) { std::memcpy(counts, from, sizeof *counts); }
-void store(const ColumnCounts& counts, std::uint8_t* to) { std::memcpy(to, &counts, sizeof counts); }
-
-void addStep(std::uint8_t* counts, std::size_t bin) {
-    ColumnCounts sum, step;
-    load(counts, &sum);
-    load(kSteps[bin].data(), &step);
-    store(sum + step, counts);
+void add(const std::int16_t* counts, Counts* sum) {
+    Counts other;
+    std::memcpy(&other, counts, sizeof other);
+    *sum += other;
 }
 
-void takeStep(std::uint8_t* counts, std::size_t bin) {
-    ColumnCounts sum, step;
-    load(counts, &sum);
-    load(kSteps[bin].data(), &step);
-    store(sum - step, counts);
+void take(const std::int16_t* counts, Counts* sum) {
+    Counts other;
+    std::memcpy(&other, counts, sizeof other);
+    *sum -= other;
+}
+
+void addStep(std::int16_t* counts, std::size_t bin) {
+    Counts sum;
+    std::memcpy(&sum, counts, sizeof sum);
+    add(kSteps[bin].data(), &sum);
+    std::memcpy(counts, &sum, sizeof sum);
+}
+
+void takeStep(std::int16_t* counts, std::size_t bin) {
+    Counts sum;
+    std::memcpy(&sum, counts, sizeof sum);
+    take(kSteps[bin].data(), &sum);
+    std::memcpy(counts, &sum, sizeof sum);
 }
 
 template <class T>
-void enterRow(const Columns& columns, const T* row) {
+void enterRow(const Columns columns, const T* row) {
     for (std::ptrdiff_t i = 0; i < columns.count; ++i) {
         const std::size_t bin = binOf(row[i]);
         addStep(columns.coarse(i), bin / kBins);
@@ -72,42 +80,33 @@ void enterRow(const Columns& columns, const T* row) {
 }
 
 template <class T>
-void exchangeRows(const Columns& columns, const T* leaving, const T* entering) {
+void exchangeRows(const Columns columns, const T* leaving, const T* entering) {
     for (std::ptrdiff_t i = 0; i < columns.count; ++i) {
         const std::size_t old = binOf(leaving[i]), bin = binOf(entering[i]);
-        ColumnCounts sum, less, more;
-        load(columns.coarse(i), &sum);
-        load(kSteps[old / kBins].data(), &less);
-        load(kSteps[bin / kBins].data(), &more);
-        store(sum - less + more, columns.coarse(i));
+        Counts sum;
+        std::memcpy(&sum, columns.coarse(i), sizeof sum);
+        take(kSteps[old / kBins].data(), &sum);
+        add(kSteps[bin / kBins].data(), &sum);
+        std::memcpy(columns.coarse(i), &sum, sizeof sum);
         takeStep(columns.fine(old / kBins, i), old % kBins);
         addStep(columns.fine(bin / kBins, i), bin % kBins);
     }
 }
 
-void addColumn(const std::uint8_t* column, WindowCounts* window) {
-    ColumnCounts counts;
-    load(column, &counts);
-    *window += __builtin_convertvector(counts, WindowCounts);
-}
-
-void takeColumn(const std::uint8_t* column, WindowCounts* window) {
-    ColumnCounts counts;
-    load(column, &counts);
-    *window -= __builtin_convertvector(counts, WindowCounts);
-}
-
-// How many running totals lie below `rank`: they are the first ones.
-std::size_t totalsBelow(const WindowCounts& totals, std::uint16_t rank) {
-    const Verdicts verdicts = __builtin_convertvector(totals < rank, Verdicts);
-    std::array<std::uint64_t, 2> halves;
+// How many running totals lie below `rank`. The product sums the bytes of a word.
+std::size_t totalsBelow(const Counts& totals, std::int16_t rank) {
+    const Counts verdicts = totals < rank;
+    std::array<HalfCounts, 2> halves;
     std::memcpy(halves.data(), &verdicts, sizeof verdicts);
-    return static_cast<std::size_t>(std::popcount(halves[0]) + std::popcount(halves[1])) / 8;
+    const HalfBytes bytes = __builtin_convertvector(-(halves[0] + halves[1]), HalfBytes);
+    std::uint64_t word;
+    std::memcpy(&word, &bytes, sizeof word);
+    return static_cast<std::size_t>((word * 0x0101010101010101U) >> 56);
 }
 
 // A run of fine counts and the column at which the window stood that they are of.
 struct FineRun {
-    WindowCounts totals;
+    Counts totals;
     std::ptrdiff_t at;
 };
 
@@ -116,68 +115,70 @@ struct Window {
     std::ptrdiff_t reach;  // columns from the first to the one behind the last
 };
 
-void bringUpToDate(const Columns& columns, const Window& window, std::size_t run, std::ptrdiff_t at, FineRun* fine) {
-    const std::uint8_t* counts = columns.fine(run, 0);
-    WindowCounts totals = fine->totals;
+void bringUpToDate(const Columns columns, const Window window, std::size_t run, std::ptrdiff_t at, FineRun* fine) {
+    const std::int16_t* counts = columns.fine(run, 0);
+    Counts totals = fine->totals;
     if (2 * (at - fine->at) > window.reach) {
-        totals = WindowCounts{};
-        for (std::ptrdiff_t i = at; i < at + window.reach; i += window.step) addColumn(counts + i * kBins, &totals);
+        totals = Counts{};
+        for (std::ptrdiff_t i = at; i < at + window.reach; i += window.step) add(counts + i * kBins, &totals);
     } else {
         for (std::ptrdiff_t i = fine->at; i < at; i += window.step) {
-            addColumn(counts + (i + window.reach) * kBins, &totals);
-            takeColumn(counts + i * kBins, &totals);
+            add(counts + (i + window.reach) * kBins, &totals);
+            take(counts + i * kBins, &totals);
         }
     }
     fine->totals = totals;
     fine->at = at;
 }
 
+// Sizes by value: bytes that are written could be any of the record's.
 template <class T>
-void medianLane(const MedianRow<T>& row, const Columns& columns, std::ptrdiff_t lane) {
-    const Window window{row.lanes, std::ptrdiff_t{row.nCols} * row.lanes};
-    const auto rank = static_cast<std::uint16_t>(row.nRows * row.nCols / 2 + 1);
-    const std::ptrdiff_t end = row.width * row.lanes;
+void medianLane(const Columns columns, const Window window, std::ptrdiff_t lane, std::ptrdiff_t end, std::int16_t rank,
+                T* out) {
     std::array<FineRun, kBins> fine;
-    for (FineRun& run : fine) run = {WindowCounts{}, -window.reach};
-    WindowCounts coarse{};
-    std::array<std::uint16_t, kBins + 1> totals{};  // behind a 0
-    for (std::ptrdiff_t i = lane; i < window.reach; i += row.lanes) addColumn(columns.coarse(i), &coarse);
-    for (std::ptrdiff_t x = lane; x < end; x += row.lanes) {
+    for (FineRun& run : fine) run = {Counts{}, -window.reach};
+    Counts coarse{};
+    std::array<std::int16_t, kBins + 1> totals{};  // behind a 0
+    for (std::ptrdiff_t i = lane; i < window.reach; i += window.step) add(columns.coarse(i), &coarse);
+    for (std::ptrdiff_t x = lane; x < end; x += window.step) {
         std::memcpy(totals.data() + 1, &coarse, sizeof coarse);
         const std::size_t high = totalsBelow(coarse, rank);
         bringUpToDate(columns, window, high, x, &fine[high]);
-        const auto rest = static_cast<std::uint16_t>(rank - totals[high]);
+        const auto rest = static_cast<std::int16_t>(rank - totals[high]);
         const std::size_t low = totalsBelow(fine[high].totals, rest);
-        row.out[x] = sampleOf<T>(static_cast<std::uint32_t>(high * kBins + low));
-        if (x + row.lanes >= end) break;
-        addColumn(columns.coarse(x + window.reach), &coarse);
-        takeColumn(columns.coarse(x), &coarse);
+        out[x] = sampleOf<T>(static_cast<std::uint32_t>(high * kBins + low));
+        if (x + window.step >= end) break;
+        add(columns.coarse(x + window.reach), &coarse);
+        take(columns.coarse(x), &coarse);
     }
 }
 
 template <class T>
 void columnsRow(const MedianRow<T>& row) {
-    const Columns columns{static_cast<std::uint8_t*>(row.scratch), (row.width + row.nCols - 1) * row.lanes};
+    const Columns columns{static_cast<std::int16_t*>(row.scratch), (row.width + row.nCols - 1) * row.lanes};
     if (row.leaving) {
         exchangeRows(columns, row.leaving, row.rows[row.nRows - 1]);
     } else {
-        std::fill_n(columns.counts, columns.count * kBins * (kBins + 1), std::uint8_t{0});
+        std::fill_n(columns.counts, columns.count * kBins * (kBins + 1), std::int16_t{0});
         for (std::int32_t r = 0; r < row.nRows; ++r) enterRow(columns, row.rows[r]);
     }
-    for (std::ptrdiff_t lane = 0; lane < row.lanes; ++lane) medianLane(row, columns, lane);
+    const Window window{row.lanes, std::ptrdiff_t{row.nCols} * row.lanes};
+    const auto rank = static_cast<std::int16_t>(row.nRows * row.nCols / 2 + 1);
+    for (std::ptrdiff_t lane = 0; lane < row.lanes; ++lane)
+        medianLane(columns, window, lane, row.width * row.lanes, rank, row.out);
 }
 
 }  // namespace
 
 bool servesColumns(std::int32_t nCols, std::int32_t nRows) {
-    return nRows >= 5 && nRows <= UINT8_MAX && std::int64_t{nCols} * nRows <= UINT16_MAX;
+    return nRows >= 5 && std::int64_t{nCols} * nRows <= INT16_MAX;
 }
 
 template <class T>
 MedianMethod<T> columnsMedian(std::int32_t nCols, std::int32_t lanes, std::ptrdiff_t width) {
     const std::ptrdiff_t widest = std::max<std::ptrdiff_t>(kStripe / lanes, 1);
     const std::ptrdiff_t columns = sizeProduct(std::min(width, widest) + nCols - 1, lanes);
-    return {columnsRow<T>, sizeProduct(columns, kBins * (kBins + 1)), widest};
+    return {columnsRow<T>, sizeProduct(columns, kBins * (kBins + 1), sizeof(std::int16_t)), widest};
 }
 
 template MedianMethod<std::uint8_t> columnsMedian(std::int32_t nCols, std::int32_t lanes, std::ptrdiff_t width);

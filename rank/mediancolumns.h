@@ -8,7 +8,7 @@
 
 namespace zetpxl {
 
-// Counts fit: a byte holds a column's, 16 bits a window's. Lower windows are cheaper to slide along the row.
+// Counts fit in 16 bits with a sign. Lower windows are cheaper to slide along the row.
 bool servesColumns(std::int32_t nCols, std::int32_t nRows);
 
 // The histograms pass from row to row: each row goes to the routine after the one above it.
