@@ -9,24 +9,12 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <utility>
 
-#include "core/alloc.h"
+#include "rank/samplevectors.h"
 
 namespace zetpxl {
 
 namespace {
-
-constexpr std::ptrdiff_t kVectorBytes = 32;
-
-template <class T>
-struct SampleVector {
-    using Type [[gnu::vector_size(kVectorBytes)]] = T;
-    static constexpr std::ptrdiff_t kLanes = kVectorBytes / static_cast<std::ptrdiff_t>(sizeof(T));
-};
-
-template <class T>
-using Vector = typename SampleVector<T>::Type;
 
 template <class V>
 [[gnu::always_inline]] inline void exchange(V& a, V& b) {
@@ -138,16 +126,6 @@ template <const Network& kNet, class V, std::size_t kFirst = 0>
     }
 }
 
-template <std::size_t kCount, class Step, std::size_t... kAt>
-[[gnu::always_inline]] inline void unrolled(Step step, std::index_sequence<kAt...>) {
-    (step(std::integral_constant<std::size_t, kAt>()), ...);
-}
-
-template <std::size_t kCount, class Step>
-[[gnu::always_inline]] inline void unrolled(Step step) {
-    unrolled<kCount>(step, std::make_index_sequence<kCount>());
-}
-
 // Planes of one run: order k of the sorted samples stands at `at + k * stride`.
 template <class T>
 struct Planes {
@@ -157,11 +135,11 @@ struct Planes {
 
 // Results that one set of planes serves, in samples: two vectors at the least, for windows overlap.
 template <class T, std::size_t kSide>
-constexpr std::ptrdiff_t kPiece = (kSide <= 5 ? 16 : 4) * SampleVector<T>::kLanes;
+constexpr std::ptrdiff_t kPiece = (kSide <= 5 ? 16 : 4) * kVectorSamples<T>;
 
 template <class T, std::size_t kSide>
 constexpr std::ptrdiff_t planeStride(std::int32_t lanes) {
-    constexpr std::ptrdiff_t vector = SampleVector<T>::kLanes;
+    constexpr std::ptrdiff_t vector = kVectorSamples<T>;
     const std::ptrdiff_t reach = static_cast<std::ptrdiff_t>(kSide) * lanes;
     return kPiece<T, kSide> + (reach + vector - 1) / vector * vector + 2 * vector;
 }
@@ -190,7 +168,7 @@ Planes<T> planesOf(const MedianRow<T>& row) {
 
 template <class T>
 [[gnu::always_inline]] inline void loadVector(const T* from, std::ptrdiff_t count, Vector<T>* v) {
-    if (count >= SampleVector<T>::kLanes) return static_cast<void>(std::memcpy(v, from, sizeof *v));
+    if (count >= kVectorSamples<T>) return static_cast<void>(std::memcpy(v, from, sizeof *v));
     *v = Vector<T>{};
     std::memcpy(v, from, static_cast<std::size_t>(count) * sizeof(T));
 }
@@ -209,7 +187,7 @@ template <class T, std::size_t kSide>
 // `count` columns from sample `first` on. The last vector of a row overlaps the one before, so as to end with the row.
 template <class T, std::size_t kSide>
 void sortColumns(const MedianRow<T>& row, std::ptrdiff_t first, std::ptrdiff_t count) {
-    constexpr std::ptrdiff_t vector = SampleVector<T>::kLanes;
+    constexpr std::ptrdiff_t vector = kVectorSamples<T>;
     const Planes<T> to = planesOf<T, kSide, 1>(row);
     const std::ptrdiff_t there = (row.width + static_cast<std::ptrdiff_t>(kSide) - 1) * row.lanes - first;
     if (there < vector) return sortColumnsAt<T, kSide>(row, first, there, to, 0);
@@ -227,7 +205,7 @@ template <class T, std::size_t kCount>
 template <class T, std::size_t kA, std::size_t kB>
 void mergePlanes(const Planes<T>& a, const Planes<T>& b, std::ptrdiff_t shift, const Planes<T>& to,
                  std::ptrdiff_t count) {
-    for (std::ptrdiff_t x = 0; x < count; x += SampleVector<T>::kLanes) {
+    for (std::ptrdiff_t x = 0; x < count; x += kVectorSamples<T>) {
         Vector<T> v[kA + kB];
         loadRun<T, kA>(a, x, v);
         loadRun<T, kB>(b, x + shift, v + kA);
@@ -311,7 +289,7 @@ template <class T, std::size_t kSide>
 
 template <class T, std::size_t kSide>
 void medianPiece(const MedianRow<T>& row, std::ptrdiff_t count, T* out) {
-    constexpr std::ptrdiff_t vector = SampleVector<T>::kLanes;
+    constexpr std::ptrdiff_t vector = kVectorSamples<T>;
     Vector<T> median;
     for (std::ptrdiff_t x = 0; x < count; x += vector) {
         medianAt<T, kSide>(row, x, &median);

@@ -11,23 +11,11 @@
 
 #include "core/alloc.h"
 #include "core/depth.h"
+#include "rank/samplevectors.h"
 
 namespace zetpxl {
 
 namespace {
-
-constexpr std::ptrdiff_t kVectorBytes = 32;
-
-template <class T>
-struct SampleVector {
-    using Type [[gnu::vector_size(kVectorBytes)]] = T;
-    static constexpr std::ptrdiff_t kCount = kVectorBytes / static_cast<std::ptrdiff_t>(sizeof(T));
-};
-
-template <class T>
-using Vector = typename SampleVector<T>::Type;
-template <class T>
-constexpr std::ptrdiff_t kCount = SampleVector<T>::kCount;
 
 struct Least {
     template <class V>
@@ -84,27 +72,30 @@ struct Pass {
     std::ptrdiff_t extremeStep;
 };
 
-// Extremes over the rows of kRows windows, a vector of columns of each.
-template <class T, class Extreme, std::ptrdiff_t kRows>
-[[gnu::always_inline]] inline void extremesAt(const WindowRows<T>& rows, std::ptrdiff_t size, std::ptrdiff_t x, T* out,
+// Extremes over the rows of kRows windows, a vector of columns of each: the rows that all windows share, with those above
+// that the upper windows have, and those below that the lower ones have.
+template <class T, class Extreme, std::size_t kRows>
+[[gnu::always_inline]] inline void extremesAt(const WindowRows<T>& rows, std::size_t size, std::ptrdiff_t x, T* out,
                                               std::ptrdiff_t outStep) {
-    Vector<T> upper[kRows];
-    load(rows[kRows - 1].first + x, &upper[kRows - 1]);
-    for (std::ptrdiff_t r = kRows; r < size; ++r)
-        joinAt<Extreme>(rows[static_cast<std::size_t>(r)].first + x, &upper[kRows - 1]);
-    for (std::ptrdiff_t k = kRows - 2; k >= 0; --k) {
-        upper[k] = upper[k + 1];
-        joinAt<Extreme>(rows[static_cast<std::size_t>(k)].first + x, &upper[k]);
-    }
-    std::memcpy(out, &upper[0], sizeof upper[0]);
+    Vector<T> shared;
+    load(rows[kRows - 1].first + x, &shared);
+    for (std::size_t r = kRows; r < size; ++r) joinAt<Extreme>(rows[r].first + x, &shared);
+    Vector<T> windows[kRows];
+    unrolled<kRows>([&](auto before) __attribute__((always_inline)) {
+        constexpr std::size_t k = kRows - 1 - before;
+        if constexpr (k + 1 < kRows) joinAt<Extreme>(rows[k].first + x, &shared);
+        windows[k] = shared;
+    });
+    std::memcpy(out, &windows[0], sizeof windows[0]);
     if constexpr (kRows > 1) {
         Vector<T> lower;
-        load(rows[static_cast<std::size_t>(size)].first + x, &lower);
-        for (std::ptrdiff_t k = 1; k < kRows; ++k) {
-            if (k > 1) joinAt<Extreme>(rows[static_cast<std::size_t>(size + k - 1)].first + x, &lower);
-            Extreme::join(lower, &upper[k]);
-            std::memcpy(out + k * outStep, &upper[k], sizeof upper[k]);
-        }
+        load(rows[size].first + x, &lower);
+        unrolled<kRows - 1>([&](auto before) __attribute__((always_inline)) {
+            constexpr std::size_t k = before + 1;
+            if constexpr (k > 1) joinAt<Extreme>(rows[size + k - 1].first + x, &lower);
+            Extreme::join(lower, &windows[k]);
+            std::memcpy(out + static_cast<std::ptrdiff_t>(k) * outStep, &windows[k], sizeof windows[k]);
+        });
     }
 }
 
@@ -114,33 +105,35 @@ T extremeOf(T a, T b) {
     return a;
 }
 
-// kSize: a size known beforehand, or 0.
-template <class T, class Extreme, std::ptrdiff_t kRows, std::ptrdiff_t kSize>
+// Rows too short for a vector.
+template <class T, class Extreme, std::size_t kRows>
+void extremesOfFew(const WindowRows<T>& rows, std::size_t size, std::ptrdiff_t count, T* out, std::ptrdiff_t step) {
+    for (std::size_t k = 0; k < kRows; ++k, out += step)
+        for (std::ptrdiff_t x = 0; x < count; ++x) {
+            out[x] = rows[k].first[x];
+            for (std::size_t r = k + 1; r < k + size; ++r) out[x] = extremeOf<T, Extreme>(out[x], rows[r].first[x]);
+        }
+}
+
+// Columns `first` to `end`. kSize: a size known beforehand, or 0.
+template <class T, class Extreme, std::size_t kRows, std::size_t kSize>
 void extremesOverRows(const Pass<T>& pass, const WindowRows<T>& rows, std::ptrdiff_t first, std::ptrdiff_t end,
                       T* out) {
-    const std::ptrdiff_t size = kSize ? kSize : pass.size;
+    const std::size_t size = kSize ? kSize : static_cast<std::size_t>(pass.size);
     const std::ptrdiff_t step = pass.extremeStep;
+    const std::ptrdiff_t last = end - kVectorSamples<T>;
     std::ptrdiff_t x = first;
-    for (; x + kCount<T> <= end; x += kCount<T>) extremesAt<T, Extreme, kRows>(rows, size, x, out + (x - first), step);
+    for (; x <= last; x += kVectorSamples<T>) extremesAt<T, Extreme, kRows>(rows, size, x, out + (x - first), step);
     if (x == end) return;
-    if (end - first >= kCount<T>) {
-        x = end - kCount<T>;
-        return extremesAt<T, Extreme, kRows>(rows, size, x, out + (x - first), step);
-    }
-    for (std::ptrdiff_t k = 0; k < kRows; ++k)
-        for (std::ptrdiff_t i = first; i < end; ++i) {
-            T extreme = rows[static_cast<std::size_t>(k)].first[i];
-            for (std::ptrdiff_t r = k + 1; r < k + size; ++r)
-                extreme = extremeOf<T, Extreme>(extreme, rows[static_cast<std::size_t>(r)].first[i]);
-            out[k * step + i - first] = extreme;
-        }
+    if (last < 0) return extremesOfFew<T, Extreme, kRows>(rows, size, end, out, step);
+    extremesAt<T, Extreme, kRows>(rows, size, last, out + (last - first), step);
 }
 
 // Extremes over rows of the pixels on one side of the region.
 template <class T>
 using BesideRows = std::array<std::array<T, kPlaneLanes>, kMostRows>;
 
-template <class T, class Extreme, std::ptrdiff_t kRows>
+template <class T, class Extreme, std::size_t kRows>
 void extremesBeside(const Pass<T>& pass, const WindowRows<T>& rows, const T* PlaneRow<T>::*side, BesideRows<T>* out) {
     std::array<T, kMostWindow + kMostRows - 1> column{};
     for (std::size_t lane = 0; lane < static_cast<std::size_t>(pass.lanes); ++lane) {
@@ -172,7 +165,7 @@ template <class T, class Extreme, std::size_t kParts>
 // Runs into the slack behind the row.
 template <class T, class Extreme>
 void growFourfold(T* row, std::ptrdiff_t ahead, std::ptrdiff_t count) {
-    for (std::ptrdiff_t x = 0; x < count; x += kCount<T>) {
+    for (std::ptrdiff_t x = 0; x < count; x += kVectorSamples<T>) {
         Vector<T> v;
         joinParts<T, Extreme, 4>(row + x, ahead, 3 * ahead, &v);
         std::memcpy(row + x, &v, sizeof v);
@@ -183,7 +176,7 @@ template <class T, class Extreme, std::size_t kParts>
 void finishRow(const T* row, std::ptrdiff_t ahead, std::ptrdiff_t last, std::ptrdiff_t count, T* out) {
     Vector<T> v;
     std::ptrdiff_t x = 0;
-    for (; x + kCount<T> <= count; x += kCount<T>) {
+    for (; x + kVectorSamples<T> <= count; x += kVectorSamples<T>) {
         joinParts<T, Extreme, kParts>(row + x, ahead, last, &v);
         std::memcpy(out + x, &v, sizeof v);
     }
@@ -214,25 +207,26 @@ struct Beside {
 };
 
 // Results of columns from `first` on. Pieces are longer than their windows reach, all but the last.
-template <class T, class Extreme, std::ptrdiff_t kRows, std::ptrdiff_t kSize>
+template <class T, class Extreme, std::size_t kRows, std::size_t kSize>
 void filterPiece(const Pass<T>& pass, const WindowRows<T>& rows, const Beside<T>& beside, std::ptrdiff_t first,
                  const ResultRows<T>& out) {
     const std::ptrdiff_t reach = pass.size / 2 * pass.lanes;
     const std::ptrdiff_t count = std::min(kPieceSamples<T>, pass.samples - first);
-    const std::ptrdiff_t left = first == 0 ? reach : 0;
-    const std::ptrdiff_t right = std::max<std::ptrdiff_t>(first + count + reach - pass.samples, 0);
-    const std::ptrdiff_t columns = count + 2 * reach - left - right;
-    const std::ptrdiff_t start = first - reach + left;
-    extremesOverRows<T, Extreme, kRows, kSize>(pass, rows, start, start + columns, pass.extremes + left);
+    const std::ptrdiff_t margin =
+        (reach + kVectorSamples<T> - 1) / kVectorSamples<T> * kVectorSamples<T>;  // keeps vectors where rows have them
+    const std::ptrdiff_t start = std::max<std::ptrdiff_t>(first - margin, 0);
+    const std::ptrdiff_t end = std::min(first + count + reach, pass.samples);
+    const std::ptrdiff_t right = first + count + reach - end;
+    extremesOverRows<T, Extreme, kRows, kSize>(pass, rows, start, end, pass.extremes + margin - (first - start));
     for (std::size_t k = 0; k < kRows; ++k) {
-        T* row = pass.extremes + static_cast<std::ptrdiff_t>(k) * pass.extremeStep;
-        fillBeside(beside.left[k], left, pass.lanes, row);
-        fillBeside(beside.right[k], right, pass.lanes, row + left + columns);
-        extremesAlong<T, Extreme>(pass, row, count, out[k] + first);
+        T* row = pass.extremes + static_cast<std::ptrdiff_t>(k) * pass.extremeStep + margin;
+        if (first == 0) fillBeside(beside.left[k], reach, pass.lanes, row - reach);
+        fillBeside(beside.right[k], right, pass.lanes, row + count + reach - right);
+        extremesAlong<T, Extreme>(pass, row - reach, count, out[k] + first);
     }
 }
 
-template <class T, class Extreme, std::ptrdiff_t kRows, std::ptrdiff_t kSize>
+template <class T, class Extreme, std::size_t kRows, std::size_t kSize>
 void filterRows(const Pass<T>& pass, const WindowRows<T>& rows, const ResultRows<T>& out) {
     Beside<T> beside{};
     extremesBeside<T, Extreme, kRows>(pass, rows, &PlaneRow<T>::left, &beside.left);
@@ -331,7 +325,8 @@ bool openPlane(const MorphPlane& of, Plane<T>* plane) {
     plane->constants.left.fill(static_cast<T>(of.left.value));
     plane->constants.right.fill(static_cast<T>(of.right.value));
     const std::ptrdiff_t size = 2 * of.n + 1;
-    const std::ptrdiff_t step = std::min(of.width * of.lanes, kPieceSamples<T>) + 2 * of.n * of.lanes + 4 * kCount<T>;
+    const std::ptrdiff_t samples = std::min(of.width * of.lanes, kPieceSamples<T>) + 2 * of.n * of.lanes;
+    const std::ptrdiff_t step = (samples / kVectorSamples<T> + 6) * kVectorSamples<T>;
     plane->extremes = allocBlock<T>(sizeProduct(step, kMostRows));
     if (!plane->extremes) return false;
     std::fill_n(plane->extremes.get(), step * kMostRows, T{0});
@@ -352,7 +347,7 @@ bool twoPass(const MorphPlane& of) {
     Plane<T> plane;
     if (!openPlane(of, &plane)) return false;
     plane.ringRows = plane.pass.size + 2 * kMostRows;
-    plane.ringStep = plane.pass.samples + kCount<T>;
+    plane.ringStep = plane.pass.samples + kVectorSamples<T>;
     plane.ring = allocBlock<T>(sizeProduct(plane.ringRows, plane.ringStep));
     if (!plane.ring) return false;
     std::ptrdiff_t done = 0;  // rows of the first pass
