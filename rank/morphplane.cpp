@@ -57,7 +57,7 @@ constexpr std::ptrdiff_t kMostWindow = 2 * kPlaneReach + 1;
 
 // Columns whose extremes stay in the first cache: whole pixels of any number of lanes.
 template <class T>
-constexpr std::ptrdiff_t kPieceSamples = 3072 / static_cast<std::ptrdiff_t>(sizeof(T));
+constexpr std::ptrdiff_t kPieceSamples = 1536 / static_cast<std::ptrdiff_t>(sizeof(T));
 static_assert(kPieceSamples<std::uint16_t> > kPlaneReach * kPlaneLanes && kPieceSamples<std::uint16_t> % 12 == 0);
 
 template <class T>
