@@ -135,7 +135,7 @@ struct Planes {
 
 // Results that one set of planes serves, in samples: two vectors at the least, for windows overlap.
 template <class T, std::size_t kSide>
-constexpr std::ptrdiff_t kPiece = (kSide <= 5 ? 16 : 4) * kVectorSamples<T>;
+constexpr std::ptrdiff_t kPiece = (kSide <= 5 ? 32 : 4) * kVectorSamples<T>;
 
 template <class T, std::size_t kSide>
 constexpr std::ptrdiff_t planeStride(std::int32_t lanes) {
@@ -174,10 +174,10 @@ template <class T>
 }
 
 template <class T, std::size_t kSide>
-[[gnu::always_inline]] inline void sortColumnsAt(const MedianRow<T>& row, std::ptrdiff_t from, std::ptrdiff_t count,
-                                                 const Planes<T>& to, std::ptrdiff_t x) {
+[[gnu::always_inline]] inline void sortColumnsAt(const std::array<const T*, kSide>& rows, std::ptrdiff_t x,
+                                                 std::ptrdiff_t count, const Planes<T>& to) {
     Vector<T> v[kSide];
-    unrolled<kSide>([&](auto k) { loadVector(row.rows[k] + from, count, &v[k]); });
+    unrolled<kSide>([&](auto k) { loadVector(rows[k] + x, count, &v[k]); });
     exchangeAll<kSort<kSide>>(v);
     unrolled<kSide>([&](auto k) {
         std::memcpy(to.at + static_cast<std::ptrdiff_t>(k) * to.stride + x, &v[kSort<kSide>.order.at[k]], sizeof v[0]);
@@ -189,11 +189,13 @@ template <class T, std::size_t kSide>
 void sortColumns(const MedianRow<T>& row, std::ptrdiff_t first, std::ptrdiff_t count) {
     constexpr std::ptrdiff_t vector = kVectorSamples<T>;
     const Planes<T> to = planesOf<T, kSide, 1>(row);
+    std::array<const T*, kSide> rows;
+    for (std::size_t k = 0; k < kSide; ++k) rows[k] = row.rows[k] + first;
     const std::ptrdiff_t there = (row.width + static_cast<std::ptrdiff_t>(kSide) - 1) * row.lanes - first;
-    if (there < vector) return sortColumnsAt<T, kSide>(row, first, there, to, 0);
-    std::ptrdiff_t x = 0;
-    for (; x < count && x + vector <= there; x += vector) sortColumnsAt<T, kSide>(row, first + x, vector, to, x);
-    if (x < count) sortColumnsAt<T, kSide>(row, first + there - vector, vector, to, there - vector);
+    if (there < vector) return sortColumnsAt<T, kSide>(rows, 0, there, to);
+    const std::ptrdiff_t whole = std::min(count + vector - 1, there) / vector * vector;
+    for (std::ptrdiff_t x = 0; x < whole; x += vector) sortColumnsAt<T, kSide>(rows, x, vector, to);
+    if (whole < count) sortColumnsAt<T, kSide>(rows, there - vector, vector, to);
 }
 
 template <class T, std::size_t kCount>
@@ -277,28 +279,36 @@ template <class T>
     *out = v[4];
 }
 
+// Where windows find their columns: fixed before the loop, since bytes that are written could be any of a record's.
+template <class T>
+struct Runs {
+    Planes<T> columns;
+    Planes<T> halves;
+    std::ptrdiff_t lanes;
+};
+
 template <class T, std::size_t kSide>
-[[gnu::always_inline]] inline void medianAt(const MedianRow<T>& row, std::ptrdiff_t x, Vector<T>* out) {
-    const Planes<T> columns = planesOf<T, kSide, 1>(row);
+[[gnu::always_inline]] inline void medianAt(const Runs<T>& runs, std::ptrdiff_t x, Vector<T>* out) {
     if constexpr (kSide == 3) {
-        medianOfThree<T>(columns, x, row.lanes, out);
+        medianOfThree<T>(runs.columns, x, runs.lanes, out);
     } else {
-        medianOfRuns<T, kSide>(planesOf<T, kSide, kSide / 2>(row), columns, x, row.lanes, out);
+        medianOfRuns<T, kSide>(runs.halves, runs.columns, x, runs.lanes, out);
     }
 }
 
 template <class T, std::size_t kSide>
 void medianPiece(const MedianRow<T>& row, std::ptrdiff_t count, T* out) {
-    constexpr std::ptrdiff_t vector = kVectorSamples<T>;
-    Vector<T> median;
-    for (std::ptrdiff_t x = 0; x < count; x += vector) {
-        medianAt<T, kSide>(row, x, &median);
-        if (x + vector <= count) {
-            std::memcpy(out + x, &median, sizeof median);
-        } else {
-            std::memcpy(out + x, &median, static_cast<std::size_t>(count - x) * sizeof(T));
-        }
+    const Runs<T> runs{planesOf<T, kSide, 1>(row), planesOf<T, kSide, kSide / 2>(row), row.lanes};
+    std::ptrdiff_t x = 0;
+    for (; x + kVectorSamples<T> <= count; x += kVectorSamples<T>) {
+        Vector<T> median;
+        medianAt<T, kSide>(runs, x, &median);
+        std::memcpy(out + x, &median, sizeof median);
     }
+    if (x == count) return;
+    Vector<T> median;
+    medianAt<T, kSide>(runs, x, &median);
+    std::memcpy(out + x, &median, static_cast<std::size_t>(count - x) * sizeof(T));
 }
 
 template <class T, std::size_t kSide>

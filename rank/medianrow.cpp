@@ -1,7 +1,8 @@
-// median.1 small windows: samples enter a pool one by one, and the pool's least and greatest, which can no longer be the
-//          median, leave it ("forgetful selection"); exchanges run over many pixels at once
-// median.2 8-bit samples: a histogram that slides along the row, and a median that moves with it (Huang, Yang and Tang,
-//          "A fast two-dimensional median filtering algorithm", 1979)
+// median.1 small windows other than odd squares, which have networks of their own: samples enter a pool one by one, and the
+//          pool's least and greatest, which can no longer be the median, leave it ("forgetful selection"); exchanges run
+//          over many pixels at once
+// median.2 8-bit samples in windows of few rows or very many samples: a histogram that slides along the row, and a median
+//          that moves with it (Huang, Yang and Tang, "A fast two-dimensional median filtering algorithm", 1979)
 // median.3 16-bit samples: the same with a coarse histogram of the high bytes above the fine one
 // median.4 32-bit samples in large windows: selection in a copy of the window
 #include "rank/medianrow.h"
@@ -200,10 +201,10 @@ MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_
     const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
     if (n == 1) return {copyRow<T>, 1};
     if (const MedianMethod<T> network = networkMedian<T>(nCols, nRows, lanes); network.row) return network;
+    if (n <= kPoolLimit<T>) return {poolRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
     if constexpr (sizeof(T) == 1)
         if (servesColumns(nCols, nRows)) return columnsMedian<T>(nCols, lanes, width);
-    if (n > kPoolLimit<T>) return largeMethod<T>(nCols, nRows);
-    return {poolRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+    return largeMethod<T>(nCols, nRows);
 }
 
 template MedianMethod<std::uint8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);

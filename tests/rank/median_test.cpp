@@ -40,7 +40,7 @@ Call drawWideMedian(Scene& scene, Random& random) {
     const Filtered images = drawFrameImages(scene, random, 1200);
     const std::int32_t side = random.pick({3, 5, 7, 9, 11, 15});
     FrameWindow window{side, side, random.below(side), random.below(side)};
-    if (random.oneIn(3)) window.nRows = random.between(4, 6);
+    if (random.oneIn(3)) window.nRows = random.between(4, 7);
     window.anchorY %= window.nRows;
     return medianCall(images, window);
 }
