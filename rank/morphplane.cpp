@@ -334,11 +334,17 @@ bool openPlane(const MorphPlane& of, Plane<T>* plane) {
     return true;
 }
 
+// Objects instead of functions: a call through a type of its own is one that the compiler sees through.
+constexpr auto fromSource = [](const auto& plane, std::ptrdiff_t r) { return sourceRow(plane, r); };
+constexpr auto fromFirstPass = [](const auto& plane, std::ptrdiff_t r) { return firstPassRow(plane, r); };
+constexpr auto intoRing = [](const auto& plane, std::ptrdiff_t y) { return ringRow(plane, y); };
+constexpr auto intoResult = [](const auto& plane, std::ptrdiff_t y) { return resultRow(plane, y); };
+
 template <class T, class Extreme>
 bool onePass(const MorphPlane& of) {
     Plane<T> plane;
     if (!openPlane(of, &plane)) return false;
-    for (std::ptrdiff_t y = 0; y < of.height;) y += filterAt<T, Extreme>(plane, y, sourceRow<T>, resultRow<T>);
+    for (std::ptrdiff_t y = 0; y < of.height;) y += filterAt<T, Extreme>(plane, y, fromSource, intoResult);
     return true;
 }
 
@@ -346,15 +352,15 @@ template <class T, class First, class Second>
 bool twoPass(const MorphPlane& of) {
     Plane<T> plane;
     if (!openPlane(of, &plane)) return false;
-    plane.ringRows = plane.pass.size + 2 * kMostRows;
+    plane.ringRows = plane.pass.size + 2 * groupOf(plane.pass.size);
     plane.ringStep = plane.pass.samples + kVectorSamples<T>;
     plane.ring = allocBlock<T>(sizeProduct(plane.ringRows, plane.ringStep));
     if (!plane.ring) return false;
     std::ptrdiff_t done = 0;  // rows of the first pass
     for (std::ptrdiff_t y = 0; y < of.height;) {
         const std::ptrdiff_t reach = std::min(of.height, y + groupOf(plane.pass.size) + of.n);
-        while (done < reach) done += filterAt<T, First>(plane, done, sourceRow<T>, ringRow<T>);
-        y += filterAt<T, Second>(plane, y, firstPassRow<T>, resultRow<T>);
+        while (done < reach) done += filterAt<T, First>(plane, done, fromSource, intoRing);
+        y += filterAt<T, Second>(plane, y, fromFirstPass, intoResult);
     }
     return true;
 }
