@@ -18,9 +18,9 @@ struct FilterRows {
     const std::uint8_t* src;
     std::ptrdiff_t rowStep;
     std::int32_t step;
-    std::int32_t nRows;
+    std::int32_t kept;          // gathered rows: those of a window and the one above it
     std::ptrdiff_t rowSamples;  // of a source row, contiguous
-    Block<T> gathered;          // nRows rows, or none
+    Block<T> gathered;          // `kept` rows, or none
 };
 
 template <class T>
@@ -28,17 +28,17 @@ bool openFilterRows(const FilterBlock& block, const FilterLanes& lanes, FilterRo
     rows->src = lanes.src;
     rows->rowStep = block.srcRowStep;
     rows->step = lanes.step;
-    rows->nRows = block.params->nRows;
+    rows->kept = block.params->nRows + 1;
     rows->rowSamples = (std::ptrdiff_t{block.width} + block.params->nCols - 1) * lanes.lanes;
     if (lanes.lanes == lanes.step) return true;
-    rows->gathered = allocBlock<T>(sizeProduct(rows->rowSamples, rows->nRows));
+    rows->gathered = allocBlock<T>(sizeProduct(rows->rowSamples, rows->kept));
     return rows->gathered != nullptr;
 }
 
-// Row `r` of the source; gathered rows are there from loadFilterRow until nRows more are loaded.
+// Row `r` of the source; gathered rows are there from loadFilterRow until `kept` more are loaded.
 template <class T>
 const T* filterRow(const FilterRows<T>& rows, std::ptrdiff_t r) {
-    if (rows.gathered) return rows.gathered.get() + (r % rows.nRows) * rows.rowSamples;
+    if (rows.gathered) return rows.gathered.get() + (r % rows.kept) * rows.rowSamples;
     return reinterpret_cast<const T*>(rows.src + r * rows.rowStep);
 }
 
@@ -46,7 +46,7 @@ template <class T>
 void loadFilterRow(const FilterRows<T>& rows, std::ptrdiff_t r) {
     if (!rows.gathered) return;
     const T* from = reinterpret_cast<const T*>(rows.src + r * rows.rowStep);
-    T* to = rows.gathered.get() + (r % rows.nRows) * rows.rowSamples;
+    T* to = rows.gathered.get() + (r % rows.kept) * rows.rowSamples;
     for (std::ptrdiff_t i = 0; i < rows.rowSamples; ++i) to[i] = from[i * rows.step];
 }
 

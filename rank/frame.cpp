@@ -264,9 +264,13 @@ const std::uint8_t* ownMaskPosition(const ZetImage* mask, std::int32_t y, std::i
     return pixelData(mask) + std::ptrdiff_t{y} * mask->widthStep + (x >> 3);
 }
 
-bool openBlockMask(const FilterBlock& block, BlockMask* mask) {
+void placeBlockMask(const FilterBlock& block, BlockMask* mask) {
     mask->one = block.srcMask.image ? block.srcMask : block.dstMask;
     mask->other = block.srcMask.image ? block.dstMask : MaskPosition{};
+}
+
+bool openBlockMask(const FilterBlock& block, BlockMask* mask) {
+    placeBlockMask(block, mask);
     if (!mask->other.image) return true;
     mask->joined = allocBlock<std::uint8_t>(std::ptrdiff_t{block.width} / 8 + 1);
     return mask->joined != nullptr;

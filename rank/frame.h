@@ -70,6 +70,8 @@ struct BlockMask {
 
 // False when memory cannot be had.
 bool openBlockMask(const FilterBlock& block, BlockMask* mask);
+// Moves an open mask to a part of its block.
+void placeBlockMask(const FilterBlock& block, BlockMask* mask);
 inline bool isMasked(const BlockMask& mask) { return mask.one.image != nullptr; }
 MaskBits maskBitsOfRow(const BlockMask& mask, std::int32_t width, std::ptrdiff_t row);
 

@@ -28,9 +28,9 @@ struct MedianScratch {
     BlockMask mask;
 };
 
+// For stripes as wide as `b`.
 template <class T>
 bool allocate(const FilterBlock& b, const FilterLanes& lanes, MedianScratch<T>* s) {
-    s->method = chooseMedian<T>(b.params->nCols, b.params->nRows);
     s->rows = allocBlock<const T*>(b.params->nRows);
     s->bytes = allocBlock<std::uint8_t>(s->method.scratchBytes);
     s->buffer = allocBlock<T>(sizeProduct(b.width, lanes.lanes));
@@ -46,18 +46,41 @@ void medianPlane(const FilterBlock& b, const FilterLanes& lanes, std::int32_t pl
     storeRows(b, lanes, plane, s.mask, s.buffer.get(), [&](std::ptrdiff_t y, T* out) {
         loadFilterRow(rows, y + nRows - 1);
         for (std::int32_t k = 0; k < nRows; ++k) s.rows[static_cast<std::size_t>(k)] = filterRow(rows, y + k);
-        s.method.row({s.rows.get(), nRows, b.params->nCols, b.width, lanes.lanes, out, s.bytes.get()});
+        const T* leaving = y > 0 ? filterRow(rows, y - 1) : nullptr;
+        s.method.row({s.rows.get(), leaving, nRows, b.params->nCols, b.width, lanes.lanes, out, s.bytes.get()});
     });
+}
+
+FilterBlock stripeOf(const FilterBlock& b, std::int32_t x, std::int32_t width) {
+    FilterBlock stripe = b;
+    stripe.srcX += x;
+    stripe.dstX += x;
+    stripe.srcMask.x += x;
+    stripe.dstMask.x += x;
+    stripe.width = std::min(width, b.width - x);
+    return stripe;
+}
+
+template <class T>
+void medianStripe(const FilterBlock& b, FilterRows<T>* rows, MedianScratch<T>* s) {
+    const FilterLanes lanes = filterLanes(b);
+    rows->src = lanes.src;
+    placeBlockMask(b, &s->mask);
+    for (std::int32_t plane = 0; plane < lanes.planes; ++plane, rows->src += b.srcPlaneStep)
+        medianPlane(b, lanes, plane, *rows, *s);
 }
 
 template <class T>
 void medianSamples(const FilterBlock& b) {
-    FilterLanes lanes = filterLanes(b);
-    FilterRows<T> rows{};
+    const FilterLanes lanes = filterLanes(b);
     MedianScratch<T> s{};
-    if (!openFilterRows(b, lanes, &rows) || !allocate(b, lanes, &s)) return;
-    for (std::int32_t plane = 0; plane < lanes.planes; ++plane, rows.src += b.srcPlaneStep)
-        medianPlane(b, lanes, plane, rows, s);
+    s.method = chooseMedian<T>(b.params->nCols, b.params->nRows, lanes.lanes, b.width);
+    const auto widest = static_cast<std::int32_t>(std::min<std::ptrdiff_t>(s.method.widest, b.width));
+    const FilterBlock first = stripeOf(b, 0, widest);
+    FilterRows<T> rows{};
+    if (!openFilterRows(first, lanes, &rows) || !allocate(first, lanes, &s)) return;
+    for (std::int64_t x = 0; x < b.width; x += widest)
+        medianStripe(stripeOf(b, static_cast<std::int32_t>(x), widest), &rows, &s);
 }
 
 // Set bits of each run of nCols pixels along a source row.

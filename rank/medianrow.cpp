@@ -1,7 +1,8 @@
-// median.1 small windows: samples enter a pool one by one, and the pool's least and greatest, which can no longer be the
-//          median, leave it ("forgetful selection"); exchanges run over many pixels at once
-// median.2 8-bit samples: a histogram that slides along the row, and a median that moves with it (Huang, Yang and Tang,
-//          "A fast two-dimensional median filtering algorithm", 1979)
+// median.1 small windows other than odd squares, which have networks of their own: samples enter a pool one by one, and the
+//          pool's least and greatest, which can no longer be the median, leave it ("forgetful selection"); exchanges run
+//          over many pixels at once
+// median.2 8-bit samples in windows of few rows or very many samples: a histogram that slides along the row, and a median
+//          that moves with it (Huang, Yang and Tang, "A fast two-dimensional median filtering algorithm", 1979)
 // median.3 16-bit samples: the same with a coarse histogram of the high bytes above the fine one
 // median.4 32-bit samples in large windows: selection in a copy of the window
 #include "rank/medianrow.h"
@@ -11,6 +12,9 @@
 #include <limits>
 
 #include "core/alloc.h"
+#include "rank/medianbins.h"
+#include "rank/mediancolumns.h"
+#include "rank/mediannetwork.h"
 
 namespace zetpxl {
 
@@ -68,7 +72,7 @@ void selectInPool(const MedianRow<T>& row, std::ptrdiff_t first, std::ptrdiff_t 
 }
 
 template <class T>
-void networkRow(const MedianRow<T>& row) {
+void poolRow(const MedianRow<T>& row) {
     const std::ptrdiff_t samples = row.width * row.lanes;
     for (std::ptrdiff_t first = 0; first < samples; first += kPoolWidth)
         selectInPool(row, first, std::min(kPoolWidth, samples - first));
@@ -78,22 +82,6 @@ template <class T>
 void copyRow(const MedianRow<T>& row) {
     std::copy_n(row.rows[0], row.width * row.lanes, row.out);
 }
-
-// Signed samples are shifted so that their order is that of unsigned ones.
-template <class T>
-constexpr std::uint32_t binOf(T sample) {
-    using U = std::make_unsigned_t<T>;
-    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
-    return static_cast<U>(static_cast<U>(sample) ^ flip);
-}
-
-template <class T>
-constexpr T sampleOf(std::uint32_t bin) {
-    using U = std::make_unsigned_t<T>;
-    constexpr auto flip = static_cast<U>(std::is_signed_v<T> ? U{1} << (8 * sizeof(T) - 1) : 0);
-    return static_cast<T>(static_cast<U>(static_cast<U>(bin) ^ flip));
-}
-static_assert(binOf<std::int8_t>(-128) == 0 && binOf<std::int8_t>(127) == 255 && sampleOf<std::int16_t>(0) == -32768);
 
 // Counts of samples, and where the median stands in them: `below` counts the samples of bins before `bin`. Held by value
 // while a row is filtered, so that it stays in registers beside the counts.
@@ -191,31 +179,48 @@ void selectionRow(const MedianRow<T>& row) {
 
 // Window sizes up to which exchanging is cheaper than the method for large windows.
 template <class T>
-constexpr std::ptrdiff_t kNetworkLimit = sizeof(T) == 1 ? 36 : 64;
+constexpr std::ptrdiff_t kPoolLimit = sizeof(T) == 1 ? 36 : 64;
 
 template <class T>
-MedianMethod<T> largeMethod(std::ptrdiff_t n) {
-    constexpr auto size = static_cast<std::ptrdiff_t>(sizeof(T));
+MedianMethod<T> largeMethod(std::int32_t nCols, std::int32_t nRows) {
     constexpr auto word = static_cast<std::ptrdiff_t>(sizeof(std::int32_t));
     if constexpr (sizeof(T) == 1) return {histogramRow<T, ByteHistogram>, word * ByteHistogram::kCounts};
     if constexpr (sizeof(T) == 2) return {histogramRow<T, WordHistogram>, word * WordHistogram::kCounts};
-    return {selectionRow<T>, sizeProduct(n, size)};
+    return plainMedian<T>(nCols, nRows);
 }
 
 }  // namespace
 
 template <class T>
-MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows) {
-    const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
-    if (n == 1) return {copyRow<T>, 1};
-    if (n > kNetworkLimit<T>) return largeMethod<T>(n);
-    return {networkRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+MedianMethod<T> plainMedian(std::int32_t nCols, std::int32_t nRows) {
+    return {selectionRow<T>, sizeProduct(nCols, nRows, static_cast<std::ptrdiff_t>(sizeof(T)))};
 }
 
-template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
-template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes, std::ptrdiff_t width) {
+    const std::ptrdiff_t n = std::ptrdiff_t{nCols} * nRows;
+    if (n == 1) return {copyRow<T>, 1};
+    if (const MedianMethod<T> network = networkMedian<T>(nCols, nRows, lanes); network.row) return network;
+    if (n <= kPoolLimit<T>) return {poolRow<T>, poolSize(n) * kPoolWidth * static_cast<std::ptrdiff_t>(sizeof(T))};
+    if constexpr (sizeof(T) == 1)
+        if (servesColumns(nCols, nRows)) return columnsMedian<T>(nCols, lanes, width);
+    return largeMethod<T>(nCols, nRows);
+}
+
+template MedianMethod<std::uint8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::uint8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
+template MedianMethod<std::int8_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int8_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                std::ptrdiff_t width);
+template MedianMethod<std::uint16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::uint16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                  std::ptrdiff_t width);
+template MedianMethod<std::int16_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int16_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
+template MedianMethod<std::int32_t> plainMedian(std::int32_t nCols, std::int32_t nRows);
+template MedianMethod<std::int32_t> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes,
+                                                 std::ptrdiff_t width);
 
 }  // namespace zetpxl

@@ -11,22 +11,28 @@ namespace zetpxl {
 template <class T>
 struct MedianRow {
     const T* const* rows;
+    const T* leaving;  // the first row of the window above, if that was the row before
     std::int32_t nRows;
     std::int32_t nCols;
     std::ptrdiff_t width;
     std::int32_t lanes;
     T* out;         // width * lanes samples
-    void* scratch;  // of the method, cleared before the first row
+    void* scratch;  // of the method, cleared before the first call
 };
 
 template <class T>
 struct MedianMethod {
     void (*row)(const MedianRow<T>& row);
     std::ptrdiff_t scratchBytes;
+    std::ptrdiff_t widest = PTRDIFF_MAX;  // pixels that a row may have
 };
 
-// The cheapest method for a window of so many samples.
+// Selection in a copy of each window: slow, for any window.
 template <class T>
-MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows);
+MedianMethod<T> plainMedian(std::int32_t nCols, std::int32_t nRows);
+
+// The cheapest method for a window of such a size, and rows of such a width or of the widest that it takes.
+template <class T>
+MedianMethod<T> chooseMedian(std::int32_t nCols, std::int32_t nRows, std::int32_t lanes, std::ptrdiff_t width);
 
 }  // namespace zetpxl

@@ -5,7 +5,8 @@
 //           sees unfiltered source pixels beside and above the first pass's results, and below them from row max(height, n) on
 //   morph.4 in place equals a separate destination: rows are fetched before any row that their windows cover is stored, and
 //           the row below the region, which a wrapped border takes from rows already stored, before all
-//   morph.5 the status is cleared on entry; a ring that cannot be had is a status without a report
+//   morph.5 plain images apart from each other need neither rings nor copies and go as planes, interleaved channels at once
+//   morph.6 the status is cleared on entry; a ring that cannot be had is a status without a report
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -17,6 +18,7 @@
 #include "core/report.h"
 #include "pixel/logic.h"
 #include "rank/morphfetch.h"
+#include "rank/morphplane.h"
 #include "rank/morphrows.h"
 
 namespace zetpxl {
@@ -249,9 +251,82 @@ bool setRows(Morph* m, std::int32_t nIterations, bool inPlace) {
     return m->below != nullptr;
 }
 
-enum class MorphKind : std::uint8_t { Dilate, Erode, Open, Close };
+bool areApart(const ZetImage& a, const ZetImage& b) {
+    const auto first = [](const ZetImage& image) { return reinterpret_cast<std::uintptr_t>(image.imageData); };
+    const auto end = [&](const ZetImage& image) {
+        const std::ptrdiff_t planes = image.dataOrder == 1 ? image.nChannels : 1;
+        return first(image) + static_cast<std::uintptr_t>(sizeProduct(planeBytes(&image), planes));
+    };
+    return end(a) <= first(b) || end(b) <= first(a);
+}
+
+// Samples of a pixel that go at once; 0: a channel's samples do not lie together.
+std::int32_t planeLanes(const Morph& m) {
+    if (m.src.dataOrder == 1 || (m.src.nChannels == 1 && m.dst.nChannels == 1)) return 1;
+    const bool whole = !m.srcRect.coi && !m.dstRect.coi && !m.src.alphaChannel && !m.dst.alphaChannel;
+    const bool alike = m.src.nChannels == m.dst.nChannels && m.src.nChannels <= kPlaneLanes;
+    return whole && alike ? m.src.nChannels : 0;
+}
+
+bool servesPlane(const Morph& m, MorphKind kind) {
+    if (m.src.tileInfo || m.dst.tileInfo || m.mask || m.n > kPlaneReach) return false;
+    if (kind >= MorphKind::Open && m.srcRect.height < m.n) return false;
+    return planeRoutine(m.src.depth, kind) && planeLanes(m) > 0 && areApart(m.src, m.dst);
+}
+
+// The pixels of the frame beside rows of the image.
+PlaneSide frameSide(const Morph& m, bool isLeft) {
+    const std::ptrdiff_t x = isLeft ? m.srcRect.xOffset - 1 : m.srcRect.xOffset + m.srcRect.width;
+    if (x >= 0 && x < m.src.width) return {x - m.srcRect.xOffset, false, 0};
+    const std::size_t side = isLeft ? 2 : 3;
+    const std::uint32_t mode = m.src.borderMode[side] & 3;
+    if (mode == ZET_BORDER_CONSTANT) return {0, true, m.src.borderConst[side]};
+    const bool isFirst = isLeft == (mode == ZET_BORDER_REPLICATE || mode == ZET_BORDER_REFLECT);
+    return {(isFirst ? 0 : m.src.width - 1) - m.srcRect.xOffset, false, 0};
+}
+
+// Samples of `lanes` channels of the frame's row `y`, interleaved as in the image.
+bool buildFrameRow(const Morph& m, std::int32_t y, std::int32_t lanes, Block<std::uint8_t>* row) {
+    const std::ptrdiff_t bytes = m.depth->pixelBits / 8;
+    const std::int32_t count = m.srcRect.width + 2;
+    const MorphImage from{m.op, const_cast<ZetImage*>(&m.src), m.depth};
+    *row = allocBlock<std::uint8_t>(sizeProduct(count, lanes, bytes));
+    const auto channel = allocBlock<std::uint8_t>(sizeProduct(count, bytes));
+    if (!*row || !channel) return false;
+    for (std::int32_t k = 0; k < lanes; ++k) {
+        if (!ownFetchBorderRow(from, m.srcRect.xOffset - 1, y, m.srcChannel + k, channel.get(), 0, count)) return false;
+        m.depth->store(channel.get(), 0, count, {row->get() + k * bytes, 0, lanes});
+    }
+    return true;
+}
+
+bool runPlane(const Morph& m, PlaneRoutine routine, std::int32_t lanes) {
+    const auto sampleAt = [&](const ZetImage& image, const ZetROI& rect, std::int32_t channel) {
+        const std::ptrdiff_t pixel = lanes * m.depth->pixelBits / 8;
+        return pixelData(&image) + (channel - 1) * planeBytes(&image) + rect.yOffset * std::ptrdiff_t{image.widthStep} +
+               rect.xOffset * pixel;
+    };
+    Block<std::uint8_t> above, below;
+    const std::int32_t last = m.srcRect.yOffset + m.srcRect.height;
+    bool done = m.srcRect.yOffset > 0 || buildFrameRow(m, -1, lanes, &above);
+    done = done && (last < m.src.height || buildFrameRow(m, last, lanes, &below));
+    done = done && routine({sampleAt(m.src, m.srcRect, m.srcChannel), m.src.widthStep, above.get(), below.get(),
+                            frameSide(m, true), frameSide(m, false), sampleAt(m.dst, m.dstRect, m.dstChannel),
+                            m.dst.widthStep, m.srcRect.width, m.srcRect.height, lanes, m.n});
+    if (!done) zetSetErrStatus(ZET_StatusNoMemory);
+    return done;
+}
+
+void runPlanes(Morph* m, MorphKind kind) {
+    const PlaneRoutine routine = planeRoutine(m->src.depth, kind);
+    const std::int32_t lanes = planeLanes(*m);
+    if (lanes == 1) return forChannels(m, [&] { return runPlane(*m, routine, 1); });
+    m->srcChannel = m->dstChannel = 1;
+    runPlane(*m, routine, lanes);
+}
 
 void runKind(Morph* m, MorphKind kind) {
+    if (servesPlane(*m, kind)) return runPlanes(m, kind);
     switch (kind) {
         case MorphKind::Dilate:
             return ownMorphOnePass(m, m->depth->dilate);

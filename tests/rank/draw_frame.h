@@ -5,16 +5,25 @@
 
 namespace zetpxl::test {
 
-inline Filtered drawFrameImages(Scene& scene, Random& random) {
+// `widest`: of images in a few rows.
+inline Filtered drawFrameImages(Scene& scene, Random& random, std::int32_t widest = 0) {
     const DrawRules draw{.largest = 32};
     ImageShape first = drawShape(random, draw);
     maybeTall(first, random);
+    if (widest > 0) {
+        first.width = random.between(widest / 3, widest);
+        first.height = random.between(1, 20);
+    }
     const bool alike = !random.oneIn(6);
     TestImage& src = addOperand(scene, "src", first, random, draw);
     ImageShape shape = drawPartner(first, random, draw);
     if (alike) {
         shape.nChannels = first.nChannels;
         shape.alphaChannel = first.alphaChannel;
+    }
+    if (widest > 0) {
+        shape.width = first.width;
+        shape.height = first.height;
     }
     shape.roi = drawRegion(shape, random);
     TestImage& dst = scene.add("dst", shape, random, drawValues(random));

@@ -21,9 +21,7 @@ FrameWindow drawWindow(Random& random) {
     return window;
 }
 
-Call drawMedian(Scene& scene, Random& random) {
-    const Filtered images = drawFrameImages(scene, random);
-    const FrameWindow w = drawWindow(random);
+Call medianCall(const Filtered& images, const FrameWindow& w) {
     ZetImage* src = &images.src->record;
     ZetImage* dst = &images.dst->record;
     return {images.src->name + " -> dst, " + std::to_string(w.nCols) + "x" + std::to_string(w.nRows) + " anchor " +
@@ -32,11 +30,31 @@ Call drawMedian(Scene& scene, Random& random) {
             [=](Model& model) { return modelMedian(model, src, dst, w), ""; }};
 }
 
+Call drawMedian(Scene& scene, Random& random) {
+    const Filtered images = drawFrameImages(scene, random);
+    return medianCall(images, drawWindow(random));
+}
+
+// Wider than the stripes and pieces that rows are cut into; windows on both sides of the bounds between methods.
+Call drawWideMedian(Scene& scene, Random& random) {
+    const Filtered images = drawFrameImages(scene, random, 1200);
+    const std::int32_t side = random.pick({3, 5, 7, 9, 11, 15});
+    FrameWindow window{side, side, random.below(side), random.below(side)};
+    if (random.oneIn(3)) window.nRows = random.between(4, 7);
+    window.anchorY %= window.nRows;
+    return medianCall(images, window);
+}
+
 TEST(Median, AgreesWithTheModel) { compareWithModel(&drawMedian); }
+TEST(Median, AgreesWithTheModelOnWideImages) { compareWithModel(&drawWideMedian, {.compare = {}, .share = 10}); }
 TEST(Median, FailsCleanlyAtEveryStep) { failEveryStep(&drawMedian, {.cases = 250}); }
+TEST(Median, FailsCleanlyOnWideImages) { failEveryStep(&drawWideMedian, {.cases = 20}); }
 
 TEST(Median, MemoryIsBoundedByRows) {
-    const auto call = [](ZetImage* src, ZetImage* dst) { zetMedianFilter(src, dst, 7, 9, 3, 4); };
+    const auto call = [](ZetImage* src, ZetImage* dst) {
+        zetMedianFilter(src, dst, 7, 9, 3, 4);
+        zetMedianFilter(src, dst, 9, 9, 4, 4);
+    };
     for (const std::uint32_t depth : {ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_16U, ZET_DEPTH_32S})
         EXPECT_EQ(peakScratch({.depth = depth, .width = 64, .height = 10000}, false, call),
                   peakScratch({.depth = depth, .width = 64, .height = 1000}, false, call))

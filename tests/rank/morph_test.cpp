@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstring>
 
 #include "tests/filter/draw_filter.h"
 #include "tests/support/allocations.h"
@@ -41,6 +42,37 @@ Call drawInPlaceTiles(Scene& scene, Random& random) {
     const Filtered images =
         drawFiltered(scene, random, {.depth = drawMorphDepth(random), .largest = 20, .tiledInPlace = true});
     return morphCall(images, random.below(4), drawIterations(random));
+}
+
+ImageShape drawPlainShape(Random& random) {
+    ImageShape shape{.depth = random.pick({ZET_DEPTH_8U, ZET_DEPTH_16U}), .nChannels = random.between(1, 5)};
+    shape.width = random.oneIn(2) ? random.between(1, 70) : random.between(300, 1700) / shape.nChannels;
+    shape.height = random.between(1, 40);
+    for (std::int32_t& mode : shape.borderMode) mode = random.below(4);
+    for (std::int32_t& value : shape.borderConst) value = random.below(300);
+    if (random.oneIn(3)) shape.roi = drawRegion(shape, random);
+    return shape;
+}
+
+// Apart from its source the result goes by planes, in place by rings. Squares on both sides of the sizes at which rows come
+// in larger groups and planes end, and of the height.
+TEST(Morphology, PlanesAgreeWithRings) {
+    Random random(31);
+    for (std::int32_t i = 0; i < 600; ++i) {
+        Scene scene;
+        const ImageShape shape = drawPlainShape(random);
+        ZetImage* src = &scene.add("src", shape, random, drawValues(random)).record;
+        ZetImage* apart = &scene.add("apart", shape, random).record;
+        ZetImage* inPlace = &scene.add("inPlace", shape, random).record;
+        for (ZetImage* image : {apart, inPlace})
+            std::memcpy(image->imageData, src->imageData, static_cast<std::size_t>(src->imageSize));
+        const Operation operation = kOperations[static_cast<std::size_t>(random.below(4))];
+        const std::int32_t n = random.oneIn(4) ? random.between(5, 130) : random.between(1, 5);
+        operation(src, apart, n);
+        operation(inPlace, inPlace, n);
+        EXPECT_EQ(std::memcmp(apart->imageData, inPlace->imageData, static_cast<std::size_t>(src->imageSize)), 0)
+            << i << ": " << shape.width << "x" << shape.height << "x" << shape.nChannels << ", " << n;
+    }
 }
 
 TEST(Morphology, AgreesWithTheModel) { compareWithModel(&drawMorph); }
