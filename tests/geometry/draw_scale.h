@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstring>
 
 #include "tests/filter/draw_filter.h"
 
@@ -12,10 +13,10 @@ inline void setChannels(ImageShape& shape, std::int32_t nChannels, std::int32_t 
     shape.alphaChannel = alphaChannel;
 }
 
-// Long enough for summed positions to drift.
+// Long enough for summed positions to drift, and wider than any piece that rows are made in.
 inline void maybeLong(ImageShape& shape, Random& random) {
     if (!random.oneIn(25)) return;
-    shape.width = random.between(200, 700);
+    shape.width = random.oneIn(3) ? random.between(900, 2200) : random.between(200, 700);
     shape.height = random.between(4, 12);
     if (random.oneIn(2)) std::swap(shape.width, shape.height);
 }
@@ -63,11 +64,22 @@ inline void whiten(TestImage& image) {
     }
 }
 
+// Sums of negative zeros tell which zero they began with.
+inline void fillNegativeZeros(TestImage& image) {
+    constexpr float zero = -0.0f;
+    for (const auto& buffer : image.buffers) {
+        buffer->allow(GuardedBuffer::Access::kData);
+        for (std::size_t i = 0; i + 4 <= buffer->size(); i += 4) std::memcpy(buffer->data() + i, &zero, 4);
+        if (tiled(image.record)) buffer->allow(GuardedBuffer::Access::kNone);
+    }
+}
+
 inline Filtered drawScaled(Scene& scene, Random& random) {
     const DrawRules draw{.masks = random.oneIn(6), .largest = 48};
     const ImageShape first = drawScaleSource(random, draw);
     TestImage& src = addOperand(scene, "src", first, random, draw);
     if (random.oneIn(12) && first.depth != ZET_DEPTH_32F) whiten(src);
+    if (random.oneIn(12) && first.depth == ZET_DEPTH_32F) fillNegativeZeros(src);
     ImageShape shape = drawScaleTarget(first, random, draw);
     shape.roi = drawRegion(shape, random);
     TestImage& dst = scene.add("dst", shape, random, drawValues(random));

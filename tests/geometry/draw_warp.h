@@ -25,6 +25,10 @@ inline Filtered drawWarpImages(Scene& scene, Random& random, bool mayTile = true
     ImageShape first = drawShape(random, draw);
     if (first.depth & ZET_DEPTH_SIGN && !random.oneIn(12)) first.depth = random.pick({ZET_DEPTH_8U, ZET_DEPTH_16U});
     maybeTall(first, random);
+    if (random.oneIn(15)) {  // spans longer than what is sampled at a time
+        first.width = random.between(60, 260);
+        first.height = random.between(4, 90);
+    }
     TestImage& src = addOperand(scene, "src", first, random, draw);
     ImageShape shape = drawPartner(first, random, draw);
     if (!random.oneIn(12)) {

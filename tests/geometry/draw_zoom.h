@@ -73,6 +73,20 @@ inline void drawSquares(ImageShape& src, ImageShape& dst, const ZoomImages& rati
     src.height = scaledSize(dst.height, {ratios.y.src, ratios.y.dst}, random);
 }
 
+// Rows wider than any piece that they are made in, and more of them than are made at a time.
+inline void drawWide(ImageShape& src, ImageShape& dst, const ZoomImages& ratios, Random& random) {
+    const bool wide = random.oneIn(2);
+    src.tileWidth = src.tileHeight = dst.tileWidth = dst.tileHeight = 0;
+    dst.width = wide ? random.between(400, 1300) : random.between(1, 16);
+    dst.height = wide ? random.between(1, 9) : random.between(60, 150);
+    const auto source = [](std::int32_t size, const Ratio& ratio) {
+        if (ratio.src < 1 || ratio.dst < 1) return 8;
+        return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{size} * ratio.src / ratio.dst, 1, 1500));
+    };
+    src.width = source(dst.width, ratios.x) + random.below(3);
+    src.height = source(dst.height, ratios.y) + random.below(3);
+}
+
 inline void drawZoomRegions(ImageShape& src, ImageShape& dst, Random& random) {
     for (ImageShape* shape : {&src, &dst}) {
         shape->roi = drawRegion(*shape, random);
@@ -134,6 +148,7 @@ inline ZoomImages drawZoomImages(Scene& scene, Random& random, bool mayShrink) {
     drawZoomRatios(images, mayShrink, squares || first.tileWidth, random);
     ImageShape second = drawZoomTarget(first, images, random);
     if (squares) drawSquares(first, second, images, random);
+    if (!squares && random.oneIn(20)) drawWide(first, second, images, random);
     drawZoomRegions(first, second, random);
     images.src = &scene.add("src", first, random, drawValues(random));
     images.dst = &scene.add("dst", second, random, drawValues(random));
