@@ -5,6 +5,7 @@
 //          cache
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <iterator>
 
 #include "core/depth.h"
@@ -27,28 +28,45 @@ constexpr std::size_t kBand = 32;
 using Spans = std::array<Span, kBand>;
 using Lists = std::array<PositionList, kRows>;
 
+using Four [[gnu::vector_size(32)]] = double;
+
+// Four steps of four sums each, a sum's steps side by side.
+void nextFour(const Four& step, Four* sums, double* (&to)[kRows], std::ptrdiff_t at) {
+    const Four s0 = *sums;
+    const Four s1 = s0 + step;
+    const Four s2 = s1 + step;
+    const Four s3 = s2 + step;
+    *sums = s3 + step;
+    const Four low01 = __builtin_shufflevector(s0, s1, 0, 4, 2, 6);
+    const Four high01 = __builtin_shufflevector(s0, s1, 1, 5, 3, 7);
+    const Four low23 = __builtin_shufflevector(s2, s3, 0, 4, 2, 6);
+    const Four high23 = __builtin_shufflevector(s2, s3, 1, 5, 3, 7);
+    const Four rows[kRows] = {
+        __builtin_shufflevector(low01, low23, 0, 1, 4, 5), __builtin_shufflevector(high01, high23, 0, 1, 4, 5),
+        __builtin_shufflevector(low01, low23, 2, 3, 6, 7), __builtin_shufflevector(high01, high23, 2, 3, 6, 7)};
+    for (std::size_t r = 0; r < kRows; ++r) std::memcpy(to[r] + at, &rows[r], sizeof rows[r]);
+}
+
 // The next positions of kRows spans; those past a span's end are not counted.
 void nextPositions(const AffineMatrix& inverse, Span* spans, Lists* lists) {
-    const double dx = inverse.c[0];
-    const double dy = inverse.c[3];
-    double sx[kRows];
-    double sy[kRows];
-    for (std::size_t r = 0; r < kRows; ++r) sx[r] = spans[r].sx, sy[r] = spans[r].sy;
-    for (std::ptrdiff_t i = 0; i < kPositions; ++i)
-        for (std::size_t r = 0; r < kRows; ++r) {
-            (*lists)[r].x[i] = sx[r];
-            (*lists)[r].y[i] = sy[r];
-            sx[r] += dx;
-            sy[r] += dy;
-        }
+    const Four dx = {inverse.c[0], inverse.c[0], inverse.c[0], inverse.c[0]};
+    const Four dy = {inverse.c[3], inverse.c[3], inverse.c[3], inverse.c[3]};
+    Four sx = {spans[0].sx, spans[1].sx, spans[2].sx, spans[3].sx};
+    Four sy = {spans[0].sy, spans[1].sy, spans[2].sy, spans[3].sy};
+    double* xs[] = {(*lists)[0].x, (*lists)[1].x, (*lists)[2].x, (*lists)[3].x};
+    double* ys[] = {(*lists)[0].y, (*lists)[1].y, (*lists)[2].y, (*lists)[3].y};
+    for (std::ptrdiff_t i = 0; i < kPositions; i += 4) {
+        nextFour(dx, &sx, xs, i);
+        nextFour(dy, &sy, ys, i);
+    }
     for (std::size_t r = 0; r < kRows; ++r) {
         Span& span = spans[r];
         PositionList& list = (*lists)[r];
         list.count = std::clamp<std::ptrdiff_t>(std::ptrdiff_t{span.last} - span.next + 1, 0, kPositions);
         for (std::ptrdiff_t i = 0; i < list.count; ++i) list.column[i] = static_cast<std::int32_t>(span.next + i);
         span.next += static_cast<std::int32_t>(list.count);
-        span.sx = sx[r];
-        span.sy = sy[r];
+        span.sx = sx[static_cast<std::ptrdiff_t>(r)];
+        span.sy = sy[static_cast<std::ptrdiff_t>(r)];
     }
 }
 
