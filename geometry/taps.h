@@ -30,6 +30,7 @@ struct TapColumns {
     std::ptrdiff_t pixels;
     std::ptrdiff_t insideFrom, insideTo;  // a run of pixels whose taps all lie inside
     std::ptrdiff_t stride;                // between the first taps of neighbours, where it is the same for all; else 0
+    bool pairs;                           // two pixels of each column, in turn
     std::int32_t first[kTapPiece];
 
     std::ptrdiff_t samples() const { return pixels * row.nTogether; }
@@ -48,6 +49,9 @@ inline void finishColumns(std::ptrdiff_t taps, TapColumns* columns) {
     columns->stride = columns->pixels > 1 ? columns->first[1] - columns->first[0] : 0;
     for (std::ptrdiff_t i = 1; i < columns->pixels; ++i)
         if (columns->first[i] - columns->first[i - 1] != columns->stride) columns->stride = 0;
+    columns->pairs = true;
+    for (std::ptrdiff_t i = 0; i < columns->pixels; ++i)
+        if (columns->first[i] - columns->first[0] != i / 2) columns->pairs = false;
 }
 
 // Asks for what a piece will read of a row. Pieces of rows are too short for the processor to foresee the next one.
@@ -97,9 +101,23 @@ void moveStrided(const T* row, const TapColumns& columns, std::ptrdiff_t tap, T*
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = from[i * Stride];
 }
 
+// Pixels of one sample, each column's twice.
+template <class T>
+void movePairs(const T* row, const TapColumns& columns, std::ptrdiff_t tap, T* samples) {
+    const std::ptrdiff_t count = columns.insideTo / 2;
+    const T* __restrict const from = row + columns.first[0] + tap;
+    T* __restrict const to = samples;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        to[2 * i] = from[i];
+        to[2 * i + 1] = from[i];
+    }
+    if (columns.insideTo & 1) to[2 * count] = from[count];
+}
+
 template <class T>
 bool moveAllStrided(const T* row, const TapColumns& columns, std::ptrdiff_t tap, T* samples) {
     if (columns.row.pixelStep != 1 || columns.insideFrom == columns.insideTo) return false;
+    if (columns.pairs && columns.insideFrom == 0) return movePairs(row, columns, tap, samples), true;
     switch (columns.stride) {
         case 1:
             moveStrided<1>(row, columns, tap, samples);
