@@ -13,6 +13,15 @@ inline constexpr std::ptrdiff_t kFloatLanes = 8;
 // By reference: a level without such registers has no way to return one.
 inline void loadVector(const float* from, FloatVector* v) { std::memcpy(v, from, sizeof *v); }
 
+// a * b + c, where the product and the sum are exact.
+inline double exactSum(double a, double b, double c) {
+#ifdef __FMA__
+    return __builtin_fma(a, b, c);
+#else
+    return a * b + c;
+#endif
+}
+
 // Adds products that are exact, as their sums are: the one rounding that fusing saves then changes nothing, and builds whose
 // processors have it use it.
 inline void addExactProducts(const FloatVector& samples, float weight, FloatVector* sums) {

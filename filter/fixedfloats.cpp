@@ -9,21 +9,13 @@
 #include <type_traits>
 #include <utility>
 
-#include "filter/fixedrows.h"
+#include "filter/fixedsmooth.h"
 
 namespace zetpxl {
 
 namespace {
 
 float single(double value) { return static_cast<float>(value); }
-
-// The weights of the 5 by 5 smoothing.
-constexpr double kA = 2.0F / 571.0F;
-constexpr double kB = 7.0F / 571.0F;
-constexpr double kC = 12.0F / 571.0F;
-constexpr double kD = 31.0F / 571.0F;
-constexpr double kE = 52.0F / 571.0F;
-constexpr double kF = 127.0F / 571.0F;
 
 // Stages along a window row. `w(row, column)` gives a single-precision sample as a double.
 template <class W>
@@ -61,8 +53,9 @@ float stagedSum(const W& w) {
     if constexpr (Kind == kRing5)
         return single(s.ringOuter(0) + s.ringInner(1) + s.ringCentre(2) + s.ringInner(3) + s.ringOuter(4));
     if constexpr (Kind == kSmooth5)
-        return single(s.smooth(0, kA, kB, kC) + s.smooth(1, kB, kD, kE) + s.smooth(2, kC, kE, kF) +
-                      s.smooth(3, kB, kD, kE) + s.smooth(4, kA, kB, kC));
+        return single(s.smooth(0, kSmoothA, kSmoothB, kSmoothC) + s.smooth(1, kSmoothB, kSmoothD, kSmoothE) +
+                      s.smooth(2, kSmoothC, kSmoothE, kSmoothF) + s.smooth(3, kSmoothB, kSmoothD, kSmoothE) +
+                      s.smooth(4, kSmoothA, kSmoothB, kSmoothC));
 }
 
 // Adding and taking away 1.5 * 2^52 rounds to the nearest whole number, ties to even, on any processor.
@@ -88,7 +81,7 @@ void store(const float* row, std::ptrdiff_t count, T* out) {
 }
 
 template <class T, std::int32_t Kind>
-void stagedSamples(const FixedWindow<T>& window, float* out) {
+void stagedRow(const FixedWindow<T>& window, float* out) {
     const FixedWindow<T> local = window;
 #pragma GCC ivdep
     for (std::ptrdiff_t i = 0; i < local.count; ++i) {
@@ -98,36 +91,10 @@ void stagedSamples(const FixedWindow<T>& window, float* out) {
     }
 }
 
-constexpr std::ptrdiff_t kPiece = 256;
-constexpr std::ptrdiff_t kMostBeside = 32;  // samples of a window right of its first
-
-// A piece of a row whose samples are widened once, not once for each window that they stand in.
-template <class T, std::int32_t Kind>
-void stagedPiece(const FixedWindow<T>& window, float* __restrict out) {
-    double wide[5][kPiece + kMostBeside];
-    for (std::size_t r = 0; r < 5; ++r) {
-        const T* const row = window.rows[r];
-        for (std::ptrdiff_t i = 0; i < window.count + 4 * window.step; ++i) wide[r][i] = static_cast<double>(row[i]);
-    }
-    const std::ptrdiff_t step = window.step;
-    for (std::ptrdiff_t i = 0; i < window.count; ++i)
-        out[i] = stagedSum<Kind>([&](std::size_t r, std::ptrdiff_t c) { return wide[r][i + c * step]; });
-}
-
-template <class T, std::int32_t Kind>
-void stagedRow(const FixedWindow<T>& window, float* out) {
-    if constexpr (sizeof(T) < 4 && Kind == kSmooth5) {
-        if (4 * window.step <= kMostBeside) {
-            for (std::ptrdiff_t i = 0; i < window.count; i += kPiece) {
-                FixedWindow<T> piece = window;
-                for (const T*& row : piece.rows) row += i;
-                piece.count = std::min(kPiece, window.count - i);
-                stagedPiece<T, Kind>(piece, out + i);
-            }
-            return;
-        }
-    }
-    stagedSamples<T, Kind>(window, out);
+template <class T>
+bool makeSmooth(const FixedWindow<T>& window, float* work) {
+    if constexpr (sizeof(T) < 4) return smoothRow(window, work);
+    return false;
 }
 
 template <class T, std::int32_t Kind>
@@ -135,7 +102,7 @@ void floatRow(const FixedWindow<T>& window, float* work, T* out) {
     if constexpr (std::is_same_v<T, float>) {
         stagedRow<T, Kind>(window, out);
     } else {
-        stagedRow<T, Kind>(window, work);
+        if (!makeSmooth(window, work)) stagedRow<T, Kind>(window, work);
         store(work, window.count, out);
     }
 }
