@@ -97,7 +97,7 @@ void takeEdge(const SampleSource& source, std::int32_t x, std::int32_t y, std::i
                 block->words[r][c][i] = pixel[channel * step];
             } else if constexpr (Form == TapForm::RowWords) {
                 const Word before = c == 0 ? 0 : block->words[r][0][i];
-                block->words[r][0][i] = static_cast<Word>(before | pixel[channel * step] << (8 * c));
+                block->words[r][0][i] = static_cast<Word>(before | static_cast<Word>(pixel[channel * step] << (8 * c)));
             } else {
                 Word word = 0;
                 for (std::int32_t k = 0; k < source.nProc; ++k) word |= static_cast<Word>(pixel[k * step] << (8 * k));
