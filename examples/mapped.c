@@ -3,6 +3,7 @@
  * of the file that can be mapped by itself. Pictures of up to 16 million pixels are blurred in one block too, and the
  * results compared. */
 #define _DEFAULT_SOURCE
+#define _FILE_OFFSET_BITS 64
 #include <fcntl.h>
 #include <stdbool.h>
 #include <string.h>
