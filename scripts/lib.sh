@@ -27,10 +27,11 @@ have() { command -v "$1" >/dev/null 2>&1; }
 # What each package is asked for: its test answers whether it is there already.
 have_compiler() { have g++ && have gcc; }
 have_header() { printf '#include <%s>\n' "$1" | g++ -x c++ -fsyntax-only - 2>/dev/null; }
-have_magick() {
+# The name under which ImageMagick's converter is there.
+find_magick() {
     local program
     for program in convert-im6.q16 magick convert; do
-        if have "$program" && "$program" -version 2>/dev/null | grep -q ImageMagick; then return 0; fi
+        if have "$program" && "$program" -version 2>/dev/null | grep -q ImageMagick; then echo "$program" && return 0; fi
     done
     return 1
 }
@@ -41,10 +42,11 @@ is_there() {
         cmake) have cmake && cmake --version | awk 'NR == 1 { split($3, v, "."); exit !(v[1] > 3 || v[2] >= 25) }' ;;
         ninja-build) have ninja ;;
         libpng-dev) have_header png.h ;;
+        libtiff-dev) have_header tiffio.h ;;
         libgtest-dev) have_header gtest/gtest.h ;;
         libgmock-dev) have_header gmock/gmock.h ;;
         libbenchmark-dev) have_header benchmark/benchmark.h ;;
-        imagemagick) have_magick ;;
+        imagemagick) find_magick >/dev/null ;;
         fonts-dejavu-core) [ -r /usr/share/fonts/truetype/dejavu/DejaVuSans-Bold.ttf ] ;;
         pkg-config) have pkg-config || have pkgconf ;;
         libclang-rt-16-dev) have clang-16 && [ -n "$(find "$(clang-16 -print-resource-dir)" -name 'libclang_rt.fuzzer*' 2>/dev/null | head -n 1)" ] ;;

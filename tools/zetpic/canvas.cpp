@@ -59,6 +59,31 @@ Failure Canvas::open(const ZetImage& image, const Options& options) {
     return "";
 }
 
+Failure Canvas::open(const Sheet& sheet, const Options& options) {
+    file_ = sheet.file.get();
+    if (!file_) return open(*sheet.picture.image, options);
+    Options tiled = options;
+    tiled.tileWidth = file_->tileWidth();
+    tiled.tileHeight = file_->tileHeight();
+    const ZetImage& form = file_->form();
+    const Failure failure = open(form, tiled);
+    // Row step and size of a picture that is in no memory, as the library works them out.
+    const Image sized(zetCreateImageHeader(form.nChannels, form.alphaChannel, form.depth, form.colorModel,
+                                           form.channelSeq, 0, 0, form.align, form.width, form.height, nullptr, nullptr,
+                                           nullptr, &tileInfo_));
+    if (!sized) return "a record cannot be had";
+    record_.widthStep = sized->widthStep;
+    record_.imageSize = sized->imageSize;
+    return failure;
+}
+
+void Canvas::showProgress() {
+    if (!record_.tileInfo) return;
+    const std::int64_t across = (record_.width - 1) / tileInfo_.width + 1;
+    const std::int64_t down = (record_.height - 1) / tileInfo_.height + 1;
+    progress_.emplace(across * down);
+}
+
 void Canvas::serve(ZetImage* image, std::int32_t column, std::int32_t row, std::int32_t mode) {
     auto* const canvas = static_cast<Canvas*>(image->tileInfo->id);
     if (mode == ZET_TILE_RELEASE) return canvas->release(column, row);
@@ -73,11 +98,13 @@ Canvas::Tile* Canvas::find(std::int32_t column, std::int32_t row) {
 
 void Canvas::fetch(std::int32_t column, std::int32_t row, std::int32_t mode) {
     Tile* tile = find(column, row);
+    tileInfo_.tileData = nullptr;
+    if (progress_ && mode == ZET_TILE_WRITE) progress_->step();
     if (!tile) {
         const std::int64_t bytes = tileStep(plain_, tileInfo_.width) * tileInfo_.height * planeCount(plain_);
         tiles_.push_back({column, row, 0, false, std::vector<std::uint8_t>(static_cast<std::size_t>(bytes))});
         tile = &tiles_.back();
-        move(tile, false);
+        if (!move(tile, false)) return tiles_.pop_back();
     }
     tile->holders += 1;
     tile->written |= mode == ZET_TILE_WRITE;
@@ -91,7 +118,14 @@ void Canvas::release(std::int32_t column, std::int32_t row) {
     tiles_.erase(tiles_.begin() + (tile - tiles_.data()));
 }
 
-void Canvas::move(Tile* tile, bool toPicture) {
+bool Canvas::moveFile(Tile* tile, bool toPicture) {
+    const std::int64_t step = tileStep(plain_, tileInfo_.width);
+    if (toPicture) return file_->writeTile(tile->column, tile->row, tile->pixels.data(), step);
+    return file_->readTile(tile->column, tile->row, tile->pixels.data(), step);
+}
+
+bool Canvas::move(Tile* tile, bool toPicture) {
+    if (file_) return moveFile(tile, toPicture);
     const std::int64_t left = std::int64_t{tile->column} * tileInfo_.width;
     const std::int64_t top = std::int64_t{tile->row} * tileInfo_.height;
     const std::int64_t columns = std::min<std::int64_t>(tileInfo_.width, plain_.width - left);
@@ -107,6 +141,7 @@ void Canvas::move(Tile* tile, bool toPicture) {
             std::memcpy(toPicture ? inPicture : inTile, toPicture ? inTile : inPicture, bytes);
         }
     }
+    return true;
 }
 
 }  // namespace zetpic

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <iterator>
 
+#include "tiff.h"
+
 namespace zetpic {
 namespace {
 
@@ -18,6 +20,9 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// Little and big byte order, each with offsets of 32 and of 64 bits.
+constexpr char kTiffMagics[4][5] = {"II*\0", "II+\0", "MM\0*", "MM\0+"};
 
 Failure readBytes(const std::string& path, Bytes* bytes) {
     const File file(std::fopen(path.c_str(), "rb"));
@@ -46,9 +51,18 @@ bool endsWith(const std::string& path, const char* ending) {
     return path.size() > length && strcasecmp(path.c_str() + path.size() - length, ending) == 0;
 }
 
+bool isTiff(const std::string& path) {
+    const File file(std::fopen(path.c_str(), "rb"));
+    char magic[4] = "";
+    if (!file || std::fread(magic, 1, sizeof magic, file.get()) != sizeof magic) return false;
+    return std::any_of(std::begin(kTiffMagics), std::end(kTiffMagics),
+                       [&](const char(&known)[5]) { return std::memcmp(known, magic, sizeof magic) == 0; });
+}
+
 }  // namespace
 
 Failure readPicture(const std::string& path, Picture* picture) {
+    if (isTiff(path)) return readTiff(path, picture);
     Bytes file;
     Failure failure = readBytes(path, &file);
     if (failure.empty()) {
@@ -57,14 +71,19 @@ Failure readPicture(const std::string& path, Picture* picture) {
         else if (startsWith(file, kPngMagic))
             failure = decodePng(file, picture);
         else
-            failure = "neither a BMP nor a PNG file";
+            failure = "neither a BMP nor a PNG nor a TIFF file";
     }
     return failure.empty() ? failure : path + ": " + failure;
 }
 
-bool hasPictureEnding(const std::string& path) { return endsWith(path, ".png") || endsWith(path, ".bmp"); }
+bool hasTiffEnding(const std::string& path) { return endsWith(path, ".tif") || endsWith(path, ".tiff"); }
+
+bool hasPictureEnding(const std::string& path) {
+    return endsWith(path, ".png") || endsWith(path, ".bmp") || hasTiffEnding(path);
+}
 
 Failure writePicture(const std::string& path, const ZetImage& image) {
+    if (hasTiffEnding(path)) return writeTiff(path, image);
     Bytes file;
     Failure failure = endsWith(path, ".png") ? encodePng(image, &file) : encodeBmp(image, &file);
     if (failure.empty()) failure = writeBytes(path, file);

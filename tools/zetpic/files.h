@@ -1,4 +1,4 @@
-// Picture files: BMP and PNG, told apart by their first bytes when read and by their ending when written.
+// Picture files: BMP, PNG and TIFF, told apart by their first bytes when read and by their ending when written.
 #pragma once
 
 #include <string>
@@ -14,6 +14,7 @@ Failure readPicture(const std::string& path, Picture* picture);
 Failure writePicture(const std::string& path, const ZetImage& image);
 
 bool hasPictureEnding(const std::string& path);
+bool hasTiffEnding(const std::string& path);
 
 Failure decodeBmp(const Bytes& file, Picture* picture);
 Failure decodePng(const Bytes& file, Picture* picture);

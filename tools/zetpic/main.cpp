@@ -9,7 +9,7 @@
 namespace zetpic {
 namespace {
 
-constexpr const char* kPurpose = "try the operations of the zetpxl library on BMP and PNG files";
+constexpr const char* kPurpose = "try the operations of the zetpxl library on BMP, PNG and TIFF files";
 
 int printHelp() {
     std::printf("usage: zetpic COMMAND ...\n\n%s\n\ncommands:\n", kPurpose);
@@ -86,7 +86,8 @@ int runCommand(const Command& command, int count, char** words) {
     if (!parseArguments(command, count, words, &arguments)) return kWrongUse;
     const bool writes = arguments.files.size() > 1;
     if (writes && !hasPictureEnding(arguments.files.back())) {
-        std::fprintf(stderr, "zetpic %s: %s must end in .png or .bmp\n", command.name, arguments.files.back().c_str());
+        std::fprintf(stderr, "zetpic %s: %s must end in .png, .bmp or .tif\n", command.name,
+                     arguments.files.back().c_str());
         return kWrongUse;
     }
     return command.run(arguments);

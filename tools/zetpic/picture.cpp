@@ -1,6 +1,7 @@
 #include "picture.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 namespace zetpic {
@@ -29,6 +30,18 @@ const std::uint8_t* sampleAt(const ZetImage& image, std::int32_t x, std::int32_t
 }
 
 std::int32_t memoryRow(const ZetImage& image, std::int32_t y) { return image.origin == 1 ? image.height - 1 - y : y; }
+
+void packRow(const ZetImage& image, const Channels& channels, std::int32_t row, std::uint8_t* out) {
+    if (image.depth == ZET_DEPTH_1U) {
+        std::memcpy(out, sampleAt(image, 0, row, 0), static_cast<std::size_t>((image.width + 7) / 8));
+        return;
+    }
+    const std::int32_t order[] = {channels.red, channels.green, channels.blue, channels.alpha};
+    const std::size_t bytes = image.depth / 8;
+    for (std::int32_t x = 0; x < image.width; ++x)
+        for (std::int32_t c = channels.grey ? 2 : 0; c < (channels.alpha >= 0 ? 4 : 3); ++c, out += bytes)
+            std::memcpy(out, sampleAt(image, x, row, order[c]), bytes);
+}
 
 std::string depthName(std::uint32_t depth) {
     if (depth == ZET_DEPTH_32F) return "32F";

@@ -40,6 +40,9 @@ const std::uint8_t* sampleAt(const ZetImage& image, std::int32_t x, std::int32_t
 // The row in memory that lies y rows below the top of the picture.
 std::int32_t memoryRow(const ZetImage& image, std::int32_t y);
 
+// A row's samples as grey or red, green and blue, with alpha behind, and without padding.
+void packRow(const ZetImage& image, const Channels& channels, std::int32_t row, std::uint8_t* out);
+
 std::string depthName(std::uint32_t depth);
 
 }  // namespace zetpic

@@ -89,21 +89,6 @@ void writeData(png_structp png, png_bytep data, png_size_t count) {
 
 void flushData(png_structp) {}
 
-void fillRow(const ZetImage& image, const Channels& channels, std::int32_t row, std::uint8_t* out) {
-    const auto bits = static_cast<std::int32_t>(image.depth);
-    if (bits == 1) {
-        const auto* const data =
-            static_cast<const std::uint8_t*>(image.imageData) + std::ptrdiff_t{row} * image.widthStep;
-        std::memcpy(out, data, static_cast<std::size_t>((image.width + 7) / 8));
-        return;
-    }
-    const std::int32_t order[] = {channels.red, channels.green, channels.blue, channels.alpha};
-    const auto bytes = static_cast<std::size_t>(bits / 8);
-    for (std::int32_t x = 0; x < image.width; ++x)
-        for (std::int32_t c = channels.grey ? 2 : 0; c < (channels.alpha >= 0 ? 4 : 3); ++c, out += bytes)
-            std::memcpy(out, sampleAt(image, x, row, order[c]), bytes);
-}
-
 int colorType(const Channels& channels) {
     return (channels.grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB) |
            (channels.alpha >= 0 ? PNG_COLOR_MASK_ALPHA : 0);
@@ -119,7 +104,7 @@ bool writeImage(png_structp png, png_infop info, const ZetImage& image, const Ch
     png_write_info(png, info);
     png_set_swap(png);
     for (std::int32_t y = 0; y < image.height; ++y) {
-        fillRow(image, channels, memoryRow(image, y), row->data());
+        packRow(image, channels, memoryRow(image, y), row->data());
         png_write_row(png, row->data());
     }
     png_write_end(png, info);

@@ -33,19 +33,14 @@ std::int64_t scaled(std::int32_t size, const Fraction& factor, std::int64_t leas
     return std::max(least, std::int64_t{size} * factor.numerator / factor.denominator);
 }
 
-// A picture for what the factors make of the region, `least` pixels a side or more; null with a failure told.
-Image makeScaled(const ZetImage& image, const ZetROI& region, const Factors& factors, std::int64_t least) {
+// A picture for what the factors make of the region, `least` pixels a side or more.
+Failure makeScaled(const Arguments& arguments, const ZetImage& image, const ZetROI& region, const Factors& factors,
+                   std::int64_t least, Sheet* result) {
     const std::int64_t width = scaled(region.width, factors.x, least);
     const std::int64_t height = scaled(region.height, factors.y, least);
-    if (width < 1 || height < 1) {
-        fail("nothing is left: the result has less than a pixel");
-        return nullptr;
-    }
-    if (width > INT32_MAX || height > INT32_MAX) {
-        fail("the result is too large");
-        return nullptr;
-    }
-    return makeLike(image, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height));
+    if (width < 1 || height < 1) return "nothing is left: the result has less than a pixel";
+    if (width > INT32_MAX || height > INT32_MAX) return "the result is too large";
+    return makeSheet(arguments, image, static_cast<std::int32_t>(width), static_cast<std::int32_t>(height), result);
 }
 
 // Zoom passes over alpha, which is then made in a run of its own.
@@ -61,24 +56,26 @@ void scaleChannels(Scale scale, ZetImage* source, ZetImage* result, const Factor
 
 // The mask is drawn over the source and scaled with it.
 int runScale(const Arguments& arguments, Scale scale) {
-    Picture picture;
-    Failure failure = readUpright(arguments.files[0], &picture);
+    Sheet picture, result;
+    Failure failure = openSheet(arguments.files[0], arguments.options, &picture);
     if (!failure.empty()) return fail(failure);
-    const ZetImage& image = *picture.image;
+    const ZetImage& image = picture.form();
     Options from = arguments.options, to = from;
     from.region = cutRegion(image, from);
     if (from.region->width < 1 || from.region->height < 1) return fail("the region lies outside the picture");
     const Factors factors = factorsOf(*from.region, from);
-    const Image result = makeScaled(image, *from.region, factors, decimates(scale, from) ? 0 : 1);
-    if (!result) return kFailed;
-    to.region = ZetROI{from.region->coi, 0, 0, result->width, result->height};
+    failure = makeScaled(arguments, image, *from.region, factors, decimates(scale, from) ? 0 : 1, &result);
+    if (!failure.empty()) return fail(failure);
+    to.region = ZetROI{from.region->coi, 0, 0, result.form().width, result.form().height};
     to.mask.clear();
     Canvas source, target;
-    failure = source.open(image, from);
-    if (failure.empty()) failure = target.open(*result, to);
+    failure = source.open(picture, from);
+    if (failure.empty()) failure = target.open(result, to);
     if (!failure.empty()) return fail(failure);
+    target.showProgress();
     scaleChannels(scale, source.image(), target.image(), factors, from);
-    return finish(arguments, *result);
+    target.hideProgress();
+    return finish(arguments, picture, result);
 }
 
 }  // namespace

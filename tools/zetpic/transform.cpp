@@ -1,8 +1,5 @@
 #include "transform.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace zetpic {
 namespace {
 
@@ -17,18 +14,6 @@ Image makeImage(const ZetImage& form, std::int32_t width, std::int32_t height, c
 
 std::uint8_t* rowOf(const ZetImage& image, std::int32_t y) {
     return static_cast<std::uint8_t*>(image.imageData) + std::ptrdiff_t{y} * image.widthStep;
-}
-
-void copyRow(const ZetImage& from, const Channels& channels, std::int32_t row, std::uint8_t* out) {
-    if (from.depth == ZET_DEPTH_1U) {
-        std::memcpy(out, rowOf(from, row), static_cast<std::size_t>((from.width + 7) / 8));
-        return;
-    }
-    const std::int32_t order[] = {channels.red, channels.green, channels.blue, channels.alpha};
-    const std::size_t bytes = from.depth / 8;
-    for (std::int32_t x = 0; x < from.width; ++x)
-        for (std::int32_t c = channels.grey ? 2 : 0; c < (channels.alpha >= 0 ? 4 : 3); ++c, out += bytes)
-            std::memcpy(out, sampleAt(from, x, row, order[c]), bytes);
 }
 
 }  // namespace
@@ -46,12 +31,49 @@ Failure readUpright(const std::string& path, Picture* picture) {
     picture->image = makeImage(from, from.width, from.height, model, sequence);
     if (!picture->image) return path + ": too large for the memory";
     for (std::int32_t y = 0; y < from.height; ++y)
-        copyRow(from, channels, memoryRow(from, y), rowOf(*picture->image, y));
+        packRow(from, channels, memoryRow(from, y), rowOf(*picture->image, y));
     return "";
 }
 
 Image makeLike(const ZetImage& image, std::int32_t width, std::int32_t height) {
     return makeImage(image, width, height, image.colorModel, image.channelSeq);
+}
+
+Failure openSheet(const std::string& path, const Options& options, Sheet* sheet) {
+    if (options.tileWidth > 0) {
+        const Failure failure = TiffFile::openTiles(path, &sheet->file);
+        if (!failure.empty() || sheet->file) return failure;
+    }
+    return readUpright(path, &sheet->picture);
+}
+
+Failure makeSheet(const Arguments& arguments, const ZetImage& form, std::int32_t width, std::int32_t height,
+                  Sheet* sheet) {
+    const Options& options = arguments.options;
+    const std::string& path = arguments.files.back();
+    if (options.tileWidth > 0 && hasTiffEnding(path)) {
+        ZetImage sized = form;
+        sized.width = width;
+        sized.height = height;
+        return TiffFile::create(path, sized, options.tileWidth, options.tileHeight, &sheet->file);
+    }
+    sheet->picture.image = makeLike(form, width, height);
+    return sheet->picture.image ? "" : path + ": too large for the memory";
+}
+
+// All colours at once, and alpha as a channel of interest, for a copy leaves it out.
+Failure copySheet(const Sheet& source, const Sheet& result) {
+    Canvas from, to;
+    Failure failure = from.open(source, Options{});
+    if (failure.empty()) failure = to.open(result, Options{});
+    if (!failure.empty()) return failure;
+    const ZetImage& form = source.form();
+    zetCopy(from.image(), to.image());
+    if (form.alphaChannel == 0) return "";
+    ZetROI alpha{form.alphaChannel, 0, 0, form.width, form.height};
+    from.image()->roi = to.image()->roi = &alpha;
+    zetCopy(from.image(), to.image());
+    return "";
 }
 
 int finish(const Arguments& arguments, const ZetImage& result) {
@@ -60,22 +82,32 @@ int finish(const Arguments& arguments, const ZetImage& result) {
     return failure.empty() ? kOk : fail(failure);
 }
 
+int finish(const Arguments& arguments, const Sheet& source, const Sheet& result) {
+    if (source.file && source.file->failed()) return fail(arguments.files[0] + ": damaged");
+    if (result.file && result.file->failed()) return fail(arguments.files.back() + ": cannot be written");
+    if (!result.file) return finish(arguments, *result.picture.image);
+    if (zetGetErrStatus() < 0) return kFailed;
+    const Failure failure = result.file->finish();
+    return failure.empty() ? kOk : fail(failure);
+}
+
 int transform(const Arguments& arguments, Start start, const Operation& operation) {
-    Picture source;
-    Failure failure = readUpright(arguments.files[0], &source);
+    Sheet source, result;
+    Failure failure = openSheet(arguments.files[0], arguments.options, &source);
+    const bool read = failure.empty();
+    if (read) failure = makeSheet(arguments, source.form(), source.form().width, source.form().height, &result);
+    if (failure.empty() && start == Start::kSource) failure = copySheet(source, result);
     if (!failure.empty()) return fail(failure);
-    const ZetImage& image = *source.image;
-    const Image result(start == Start::kSource ? Image(zetCloneImage(&image))
-                                               : makeLike(image, image.width, image.height));
-    if (!result) return kFailed;
     Options unmasked = arguments.options;
     unmasked.mask.clear();
     Canvas from, to;
-    failure = from.open(image, unmasked);
-    if (failure.empty()) failure = to.open(*result, arguments.options);
+    failure = from.open(source, unmasked);
+    if (failure.empty()) failure = to.open(result, arguments.options);
     if (!failure.empty()) return fail(failure);
+    to.showProgress();
     operation(from.image(), to.image());
-    return finish(arguments, *result);
+    to.hideProgress();
+    return finish(arguments, source, result);
 }
 
 }  // namespace zetpic

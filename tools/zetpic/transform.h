@@ -15,8 +15,17 @@ Failure readUpright(const std::string& path, Picture* picture);
 // An image of the same channels and depth, all bits 0.
 Image makeLike(const ZetImage& image, std::int32_t width, std::int32_t height);
 
-// Writes the result, unless an operation failed.
+// A picture in memory or, with tiles asked for, a TIFF file in tiles that is read or written one by one.
+Failure openSheet(const std::string& path, const Options& options, Sheet* sheet);
+Failure makeSheet(const Arguments& arguments, const ZetImage& form, std::int32_t width, std::int32_t height,
+                  Sheet* sheet);
+
+// All of a picture to one of the same size.
+Failure copySheet(const Sheet& source, const Sheet& result);
+
+// Writes the result, unless an operation or a file failed.
 int finish(const Arguments& arguments, const ZetImage& result);
+int finish(const Arguments& arguments, const Sheet& source, const Sheet& result);
 
 enum class Start { kSource, kBlank };
 
