@@ -106,8 +106,9 @@ void listTaps(ConvSlot* slot) {
                 const std::ptrdiff_t index = std::ptrdiff_t{r} * slot->nCols + q;
                 const std::int32_t value = slot->values[index];
                 if (value == 0) continue;
-                slot->taps[static_cast<std::size_t>(slot->nTaps++)] = {
-                    index, slot->weights[static_cast<std::size_t>(index)], static_cast<std::uint16_t>(value), 0};
+                slot->taps[static_cast<std::size_t>(slot->nTaps++)] = {index,
+                                                                       slot->weights[static_cast<std::size_t>(index)],
+                                                                       static_cast<std::uint16_t>(value) * 0x10001U, 0};
             }
 }
 

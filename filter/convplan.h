@@ -34,7 +34,7 @@ struct ConvSource {
 struct ConvTap {
     std::ptrdiff_t at;  // of its sample from the kernel's top left one
     float weight;
-    std::uint16_t word;     // the weight modulo 2^16
+    std::uint32_t words;    // the weight modulo 2^16, twice
     std::int32_t groupEnd;  // the first tap of the next group
 };
 

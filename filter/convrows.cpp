@@ -49,6 +49,11 @@ static_assert(kTile <= kConvSlack);
 
 struct TileSums {
     FloatVector v[4];
+
+    // Each by itself stays in a register; all at once become a string instruction.
+    TileSums() {
+        for (FloatVector& sum : v) sum = FloatVector{};
+    }
 };
 
 // Adds the taps of a range, whose sums are the same in any order.
@@ -223,7 +228,7 @@ void rowAtOnce(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t co
 void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow) {
     const auto* first = static_cast<const float*>(source.first);
     for (std::ptrdiff_t at = 0; at < count; at += kTile) {
-        TileSums sums{};
+        TileSums sums;
         addTaps(slot, 0, slot.nTaps, first + at, &sums);
         storeTile(sums, accRow + at);
     }
@@ -232,7 +237,7 @@ void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t cou
 void rowHopeful(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow) {
     const auto* first = static_cast<const float*>(source.first);
     for (std::ptrdiff_t at = 0; at < count; at += kTile) {
-        TileSums sums{};
+        TileSums sums;
         if (!sumHopefully(slot, first + at, &sums))
             return slot.literalRow(slot, {first + at, source.rowStep, source.samplesPerPixel}, count - at, accRow + at);
         storeTile(sums, accRow + at);

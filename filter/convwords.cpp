@@ -14,20 +14,25 @@ namespace {
 
 using WordVector [[gnu::vector_size(32)]] = std::uint16_t;
 constexpr std::ptrdiff_t kWordLanes = 16;
+using DoubleWords [[gnu::vector_size(32)]] = std::uint32_t;
+
+// Through this type sums go straight from register to row; a copy of bytes takes them through the stack.
+using RowWords [[gnu::vector_size(32), gnu::aligned(2), gnu::may_alias]] = std::uint16_t;
 constexpr std::ptrdiff_t kTile = 4 * kWordLanes;
 static_assert(kTile <= kConvSlack);
 
 void sumTile(const ConvTap* tap, const ConvTap* end, const std::uint16_t* first, std::uint16_t* to) {
-    WordVector sums[4] = {};
+    WordVector sums[4];
+    for (WordVector& sum : sums) sum = WordVector{};
     for (; tap != end; ++tap) {
-        const WordVector weight = WordVector{} + tap->word;
+        const auto weight = reinterpret_cast<WordVector>(DoubleWords{} + tap->words);
         for (std::ptrdiff_t v = 0; v < 4; ++v) {
             WordVector samples;
             std::memcpy(&samples, first + tap->at + v * kWordLanes, sizeof samples);
             sums[v] += samples * weight;
         }
     }
-    std::memcpy(to, sums, sizeof sums);
+    for (std::ptrdiff_t v = 0; v < 4; ++v) *reinterpret_cast<RowWords*>(to + v * kWordLanes) = sums[v];
 }
 
 void sumGroup(const ConvSlot& slot, std::int32_t begin, std::int32_t end, const void* first, std::ptrdiff_t count,
@@ -48,17 +53,35 @@ void loadWords(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t
     for (std::ptrdiff_t i = 0; i < count; ++i) words[i] = static_cast<std::uint16_t>(from[i * pixelStep]);
 }
 
+// A fixed number of samples leaves no rest to a slower loop.
 template <class T>
-void storeWords(const std::uint16_t* __restrict sums, std::int32_t shift, void* out, std::ptrdiff_t count) {
-    constexpr std::int16_t least = std::numeric_limits<T>::min();
-    constexpr std::int16_t greatest = std::numeric_limits<T>::max();
-    T* __restrict samples = static_cast<T*>(out);
+void storeTile(const std::uint16_t* __restrict sums, std::int32_t bits, T* __restrict samples) {
+    using Words [[gnu::vector_size(32)]] = std::int16_t;
+    constexpr Words least = Words{} + std::int16_t{std::numeric_limits<T>::min()};
+    constexpr Words greatest = Words{} + std::int16_t{std::numeric_limits<T>::max()};
+    for (std::ptrdiff_t at = 0; at < kTile; at += kWordLanes) {
+        Words words;
+        std::memcpy(&words, sums + at, sizeof words);
+        words >>= static_cast<std::int16_t>(bits);
+        words = words > least ? words : least;
+        words = words < greatest ? words : greatest;
+        using Samples [[gnu::vector_size(16)]] = T;
+        const Samples out = __builtin_convertvector(words, Samples);
+        std::memcpy(samples + at, &out, sizeof out);
+    }
+}
+
+template <class T>
+void storeWords(const std::uint16_t* sums, std::int32_t shift, void* out, std::ptrdiff_t count) {
     // From 15 on all bits are the sign.
     const std::int32_t bits = std::min(shift & 31, 15);
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const auto sum = static_cast<std::int16_t>(static_cast<std::int16_t>(sums[i]) >> bits);
-        samples[i] = static_cast<T>(std::clamp(sum, least, greatest));
-    }
+    T* samples = static_cast<T*>(out);
+    std::ptrdiff_t at = 0;
+    for (; at + kTile <= count; at += kTile) storeTile(sums + at, bits, samples + at);
+    if (at == count) return;
+    T rest[kTile];
+    storeTile(sums + at, bits, rest);
+    std::memcpy(samples + at, rest, static_cast<std::size_t>(count - at));
 }
 
 constexpr std::array<LoadRow, kDepthCount> wordLoads = {
