@@ -431,12 +431,111 @@ bool runStraightRows(const Work<Mean>& w) {
     return true;
 }
 
+// Rows whose running sums go side by side: each of them is a chain of steps that wait for one another.
+constexpr std::ptrdiff_t kChains = 4;
+constexpr std::ptrdiff_t kChainPiece = 256;
+
+// Rows written later than they were summed must not be seen to be: no tile is fetched between them.
+template <class Mean>
+bool isChained(const Work<Mean>& w) {
+    const BlurSource& source = *w.piece->source;
+    return isStraight(w) && (!source.image->tileInfo || source.bandRows >= source.rect.height);
+}
+
+template <class Mean>
+struct Chains {
+    const typename Mean::Column* columns;  // of the first row
+    std::ptrdiff_t rowStep;
+    std::ptrdiff_t step;   // samples of a pixel
+    std::ptrdiff_t reach;  // from the column that leaves a sum to the one that enters it
+    std::array<std::array<typename Mean::Row, kChains>, kSumLanes> last;
+};
+
+// The sums of one channel for the first pixel of each row.
+template <class Mean>
+void beginChains(std::ptrdiff_t channel, Chains<Mean>* chains) {
+    auto& sums = chains->last[static_cast<std::size_t>(channel)];
+    sums = {};
+    for (std::ptrdiff_t x = channel; x < chains->reach; x += chains->step)
+        for (std::size_t j = 0; j < kChains; ++j)
+            sums[j] +=
+                static_cast<typename Mean::Row>(chains->columns[static_cast<std::ptrdiff_t>(j) * chains->rowStep + x]);
+}
+
+// The sums of one channel over a piece of each row.
+template <class Mean>
+void runChains(std::ptrdiff_t channel, std::ptrdiff_t first, std::ptrdiff_t count, Chains<Mean>* chains,
+               typename Mean::Row* __restrict out) {
+    using Row = typename Mean::Row;
+    std::array<Row, kChains> sums = chains->last[static_cast<std::size_t>(channel)];
+    const typename Mean::Column* const columns = chains->columns + first;
+    const std::ptrdiff_t rowStep = chains->rowStep;
+    const std::ptrdiff_t reach = chains->reach;
+    for (std::ptrdiff_t x = channel; x < count; x += chains->step)
+        for (std::ptrdiff_t j = 0; j < kChains; ++j) {
+            Row& sum = sums[static_cast<std::size_t>(j)];
+            const typename Mean::Column* const leaving = columns + j * rowStep + x;
+            out[j * kChainPiece + x] = sum;
+            sum = nextSum(sum, static_cast<Row>(leaving[reach]), static_cast<Row>(*leaving));
+        }
+    chains->last[static_cast<std::size_t>(channel)] = sums;
+}
+
+// `rows` rows from `y` on, whose columns are there; chains beyond them run along for nothing.
+template <class Mean>
+void makeChainedRows(const Work<Mean>& w, std::ptrdiff_t y, std::ptrdiff_t rows) {
+    using T = typename Mean::T;
+    const BlurPiece& p = *w.piece;
+    const std::ptrdiff_t step = w.lanes.perPixel;
+    const std::ptrdiff_t size = p.width * step;
+    const std::ptrdiff_t piece = kChainPiece / step * step;
+    Chains<Mean> chains{w.columns.get(), w.lanes.count, step, p.nCols * step, {}};
+    typename Mean::Row sums[kChains * kChainPiece];
+    for (std::ptrdiff_t c = 0; c < step; ++c) beginChains(c, &chains);
+    for (std::ptrdiff_t first = 0; first < size; first += piece) {
+        const std::ptrdiff_t count = std::min(piece, size - first);
+        for (std::ptrdiff_t c = 0; c < step; ++c) runChains(c, first, count, &chains, sums);
+        for (std::ptrdiff_t j = 0; j < rows; ++j) {
+            T* __restrict dst = reinterpret_cast<T*>(p.dst + (y + j) * p.dstRowStep) + first;
+            for (std::ptrdiff_t i = 0; i < count; ++i) dst[i] = w.mean.result(sums[j * kChainPiece + i]);
+        }
+    }
+}
+
+// The columns of row `y` from those of the row before.
+template <class Mean>
+bool nextColumns(const Work<Mean>& w, std::int64_t y) {
+    const typename Mean::T* __restrict added = samplesOf(w, y - 1 + w.piece->nRows, 0, nullptr);
+    const typename Mean::T* __restrict taken = samplesOf(w, y - 1, 0, nullptr);
+    if (!added || !taken) return false;
+    const typename Mean::Column* before = w.columns.get() + (y - 1) % kChains * w.lanes.count;
+    typename Mean::Column* __restrict columns = w.columns.get() + y % kChains * w.lanes.count;
+    for (std::ptrdiff_t i = 0; i < w.lanes.count; ++i)
+        columns[i] = (before[i] + Mean::column(added[i])) - Mean::column(taken[i]);
+    return true;
+}
+
+template <class Mean>
+bool runChainedRows(const Work<Mean>& w) {
+    std::fill_n(w.columns.get(), w.lanes.count * kChains, typename Mean::Column{0});
+    if (!startColumns(w)) return false;
+    for (std::ptrdiff_t y = 0; y < w.piece->height; y += kChains) {
+        const std::ptrdiff_t rows = std::min(kChains, w.piece->height - y);
+        for (std::ptrdiff_t j = y == 0 ? 1 : 0; j < rows; ++j)
+            if (!nextColumns(w, y + j)) return false;
+        makeChainedRows(w, y, rows);
+    }
+    return true;
+}
+
 template <class Mean>
 bool blurWith(const BlurPiece& piece, const Mean& mean) {
     constexpr bool isBits = std::is_same_v<Mean, BitMean>;
     const std::ptrdiff_t bytes = isBits ? 0 : static_cast<std::ptrdiff_t>(sizeof(typename Mean::T));
     Work<Mean> w{&piece, mean, lanesOf(piece, bytes), {}, {}, {}, {}};
-    w.columns = allocBlock<typename Mean::Column>(sizeProduct(w.lanes.count, w.lanes.planes));
+    const bool chained = Mean::truncatesFloats && isChained(w);
+    const std::ptrdiff_t rows = chained ? kChains : w.lanes.planes;
+    w.columns = allocBlock<typename Mean::Column>(sizeProduct(w.lanes.count, rows));
     w.sums = allocBlock<typename Mean::Row>(sizeProduct(piece.width, w.lanes.outPerPixel));
     if (!w.columns || !w.sums) return false;
     if (isBits) {
@@ -446,12 +545,15 @@ bool blurWith(const BlurPiece& piece, const Mean& mean) {
     }
     if constexpr (!Mean::truncatesFloats && !isBits)
         if (isStraight(w)) return runStraightRows(w);
-    if (!Mean::truncatesFloats) return runRows(w);
-    const int mode = std::fegetround();
-    std::fesetround(FE_TOWARDZERO);
-    const bool done = runRows(w);
-    std::fesetround(mode);
-    return done;
+    if constexpr (!Mean::truncatesFloats) {
+        return runRows(w);
+    } else {
+        const int mode = std::fegetround();
+        std::fesetround(FE_TOWARDZERO);
+        const bool done = chained ? runChainedRows(w) : runRows(w);
+        std::fesetround(mode);
+        return done;
+    }
 }
 
 template <class Mean>

@@ -25,7 +25,8 @@ std::int32_t prepareSlot(ConvSlot* slot, const ZetConvKernel& kernel) {
     slot->nRows = kernel.nRows;
     slot->values = kernel.values;
     slot->weights = allocBlock<float>(count);
-    if (!slot->weights) return kConvNoMemory;
+    slot->taps = allocBlock<ConvTap>(count);
+    if (!slot->weights || !slot->taps) return kConvNoMemory;
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const std::int32_t value = kernel.values[i];
         slot->nZeros += value == 0;
@@ -36,18 +37,21 @@ std::int32_t prepareSlot(ConvSlot* slot, const ZetConvKernel& kernel) {
     return kConvDone;
 }
 
+// The greatest magnitude of a sample, or 0 where samples have more than 16 bits.
+std::int64_t greatestOf(std::uint32_t depth) {
+    const std::int32_t bits = sampleBits(depth);
+    if (bits > 16) return 0;
+    return depth & ZET_DEPTH_SIGN ? std::int64_t{1} << (bits - 1) : (std::int64_t{1} << bits) - 1;
+}
+
 // Every partial sum is a whole number up to the sum of the weights' magnitudes times the greatest sample's.
 bool isExact(const ConvSlot& slot, std::uint32_t depth) {
     constexpr std::int64_t limit = std::int64_t{1} << 24;
-    const std::int32_t bits = sampleBits(depth);
-    if (bits > 16) return false;
-    const std::int64_t greatest =
-        depth & ZET_DEPTH_SIGN ? std::int64_t{1} << (bits - 1) : (std::int64_t{1} << bits) - 1;
-    return slot.absSum <= limit && slot.absSum * greatest <= limit;
+    const std::int64_t greatest = greatestOf(depth);
+    return greatest != 0 && slot.absSum <= limit && slot.absSum * greatest <= limit;
 }
 
-KernelRow chooseKernelRow(const ConvSlot& slot, std::uint32_t depth, std::int32_t samplesPerPixel) {
-    if (isExact(slot, depth)) return rowExact;
+KernelRow chooseLiteralRow(const ConvSlot& slot, std::int32_t samplesPerPixel) {
     const std::int64_t n = std::int64_t{slot.nCols} * slot.nRows;
     const bool isSmall = slot.nCols == slot.nRows && (slot.nCols == 3 || slot.nCols == 5);
     if (std::int64_t{100} * slot.nZeros > 66 * n) return rowSparse;
@@ -57,6 +61,70 @@ KernelRow chooseKernelRow(const ConvSlot& slot, std::uint32_t depth, std::int32_
     return rowSparse;
 }
 
+// The most that the taps of a group add to a sum, or take from it.
+struct GroupBound {
+    std::int64_t greatest;  // sample
+    bool isSigned;
+    std::int64_t up = 0;
+    std::int64_t down = 0;
+
+    void add(std::int64_t weight) {
+        const std::int64_t most = std::abs(weight) * greatest;
+        if (weight > 0 || isSigned) up += most;
+        if (weight < 0 || isSigned) down += most;
+    }
+    bool isWithin(std::int64_t limit) const { return up <= limit && down <= limit; }
+};
+
+// Cuts the taps into groups of sums within the limit; false when a single tap passes it.
+bool cutGroups(ConvSlot* slot, std::uint32_t depth, std::int64_t limit) {
+    const GroupBound empty{greatestOf(depth), (depth & ZET_DEPTH_SIGN) != 0};
+    GroupBound group = empty;
+    std::int32_t begin = 0;
+    for (std::int32_t t = 0; t < slot->nTaps; ++t) {
+        const auto weight = static_cast<std::int64_t>(slot->taps[static_cast<std::size_t>(t)].weight);
+        group.add(weight);
+        if (!group.isWithin(limit)) {
+            slot->taps[static_cast<std::size_t>(begin)].groupEnd = t;
+            begin = t;
+            group = empty;
+            group.add(weight);
+            if (!group.isWithin(limit)) return false;
+        }
+    }
+    if (begin < slot->nTaps) slot->taps[static_cast<std::size_t>(begin)].groupEnd = slot->nTaps;
+    return true;
+}
+
+// The kernel's weights in the order in which its literal routine adds them; their places come later.
+void listTaps(ConvSlot* slot) {
+    const std::int32_t band = slot->literalRow == rowPaired ? 2 : 1;
+    slot->nTaps = 0;
+    for (std::int32_t top = 0; top < slot->nRows; top += band)
+        for (std::int32_t q = 0; q < slot->nCols; ++q)
+            for (std::int32_t r = top; r < std::min(top + band, slot->nRows); ++r) {
+                const std::ptrdiff_t index = std::ptrdiff_t{r} * slot->nCols + q;
+                const std::int32_t value = slot->values[index];
+                if (value == 0) continue;
+                slot->taps[static_cast<std::size_t>(slot->nTaps++)] = {index,
+                                                                       slot->weights[static_cast<std::size_t>(index)],
+                                                                       static_cast<std::uint16_t>(value) * 0x10001U, 0};
+            }
+}
+
+// plan.5 words hold the sums of a group as they wrap around at 2^16: only its last one has to fit
+bool fitsWords(ConvSlot* slot, std::uint32_t depth) {
+    constexpr std::int64_t limit = 32767;
+    return sampleBits(depth) <= 8 && isExact(*slot, depth) && cutGroups(slot, depth, limit);
+}
+
+// plan.6 a sum that begins a group within 2^23 stays within 2^24 through it, where each step is exact
+KernelRow chooseFloatRow(ConvSlot* slot, std::uint32_t depth) {
+    constexpr std::int64_t limit = std::int64_t{1} << 23;
+    if (isExact(*slot, depth)) return rowExact;
+    return greatestOf(depth) != 0 && cutGroups(slot, depth, limit) ? rowHopeful : slot->literalRow;
+}
+
 // Shifts of a kernel's row, which is whole where its sums are exact.
 struct ShiftRows {
     CombineRow shift;
@@ -64,7 +132,7 @@ struct ShiftRows {
 };
 
 ShiftRows shiftRowsOf(const ConvSlot& slot) {
-    if (slot.kernelRow == rowExact) return {rowShiftWhole, rowShiftAddWhole};
+    if (slot.isWhole) return {rowShiftWhole, rowShiftAddWhole};
     return {rowShift, rowShiftAdd};
 }
 
@@ -77,7 +145,7 @@ void chooseForOne(ConvSlot* slot, std::int32_t method) {
     if (method == kRootSumSquares) slot->combineRow = rowAbs;
 }
 
-void chooseForSeveral(ConvSlot* slot, std::int32_t method, bool isFirst) {
+void chooseForSeveral(ConvSlot* slot, std::int32_t method, bool isFirst, bool exactSquares) {
     const bool shifts = slot->nShift != 0;
     if (method == kSum) {
         const CombineRow plain = isFirst ? rowCopy : rowAdd;
@@ -91,7 +159,39 @@ void chooseForSeveral(ConvSlot* slot, std::int32_t method, bool isFirst) {
         slot->combineRow = isFirst ? rowCopy : extreme;
         return;
     }
-    slot->combineRow = isFirst ? rowSquare : rowAddSquare;
+    const CombineRow addSquare = exactSquares ? rowAddExactSquare : rowAddSquare;
+    slot->combineRow = isFirst ? rowSquare : addSquare;
+}
+
+// Sums of squares of whole numbers, while they are exact themselves.
+bool squaresAreExact(const ConvPlan& plan, std::uint32_t depth) {
+    constexpr std::int64_t limit = std::int64_t{1} << 24;
+    std::int64_t sum = 0;
+    for (std::int32_t k = 0; k < plan.nKernels; ++k) {
+        const ConvSlot& slot = plan.slots[static_cast<std::size_t>(k)];
+        if (!isExact(slot, depth)) return false;
+        const std::int64_t most = slot.absSum * greatestOf(depth);
+        sum += most * most;
+    }
+    return sum <= limit;
+}
+
+// Lists the taps of all kernels; whether each of them may be summed in words.
+bool prepareTaps(ConvPlan* plan, std::uint32_t depth, std::int32_t samplesPerPixel) {
+    bool words = true;
+    for (std::int32_t k = 0; k < plan->nKernels; ++k) {
+        ConvSlot& slot = plan->slots[static_cast<std::size_t>(k)];
+        slot.literalRow = chooseLiteralRow(slot, samplesPerPixel);
+        listTaps(&slot);
+        words = words && fitsWords(&slot, depth);
+    }
+    return words;
+}
+
+// Whether one kernel's sums are the whole result, but for a shift.
+bool isOneGroup(const ConvPlan& plan) {
+    const ConvSlot& slot = plan.slots[0];
+    return plan.nKernels == 1 && !slot.combineRow && (slot.nTaps == 0 || slot.taps[0].groupEnd == slot.nTaps);
 }
 
 }  // namespace
@@ -119,19 +219,34 @@ ConvMargins convMargins(const ConvPlan& plan) {
 }
 
 void ownConvBuildRows(ConvPlan* plan, std::uint32_t depth, std::int32_t samplesPerPixel) {
+    const bool words = prepareTaps(plan, depth, samplesPerPixel);
     for (std::int32_t k = 0; k < plan->nKernels; ++k) {
         ConvSlot& slot = plan->slots[static_cast<std::size_t>(k)];
-        slot.kernelRow = chooseKernelRow(slot, depth, samplesPerPixel);
+        slot.kernelRow = words ? rowWords : chooseFloatRow(&slot, depth);
+        slot.isWhole = isExact(slot, depth);
         slot.shiftRow = nullptr;
         slot.combineRow = nullptr;
         if (plan->nKernels == 1) {
             chooseForOne(&slot, plan->method);
         } else {
-            chooseForSeveral(&slot, plan->method, k == 0);
+            chooseForSeveral(&slot, plan->method, k == 0, squaresAreExact(*plan, depth));
         }
     }
     plan->rootRow = plan->nKernels > 1 && plan->method == kRootSumSquares ? rowRoot : nullptr;
+    plan->loadRow = words ? loadWordsOf(depth) : loadRowOf(depth);
     plan->storeRow = storeRowOf(depth);
+    plan->storeWords = words && isOneGroup(*plan) ? storeWordsOf(depth) : nullptr;
+    plan->ringBytes = words ? std::ptrdiff_t{sizeof(std::uint16_t)} : std::ptrdiff_t{sizeof(float)};
+}
+
+void ownConvPlaceTaps(ConvPlan* plan, std::ptrdiff_t rowStep, std::int32_t samplesPerPixel) {
+    for (std::int32_t k = 0; k < plan->nKernels; ++k) {
+        const ConvSlot& slot = plan->slots[static_cast<std::size_t>(k)];
+        for (std::int32_t t = 0; t < slot.nTaps; ++t) {
+            ConvTap& tap = slot.taps[static_cast<std::size_t>(t)];
+            tap.at = tap.at / slot.nCols * rowStep + tap.at % slot.nCols * samplesPerPixel;
+        }
+    }
 }
 
 }  // namespace zetpxl

@@ -17,8 +17,7 @@ namespace zetpxl {
 
 namespace {
 
-constexpr std::ptrdiff_t kBlockRows = 65;
-constexpr std::ptrdiff_t kRowAlign = 16;
+constexpr std::ptrdiff_t kBlockRows = 32;
 
 // One run over a region: planes, forms and 1U differ in these words.
 struct ConvForm {
@@ -40,62 +39,98 @@ struct ConvForm {
 };
 
 struct ConvWork {
-    Block<float> ring;
-    Block<float> accRow;
-    Block<float> sumRow;
+    Block<std::uint8_t> ring;
     Block<std::uint8_t> bytes;  // a row of bits as bytes, or the row to store
-    std::ptrdiff_t ringStep;    // samples
+    std::ptrdiff_t ringStep;    // bytes
+    std::ptrdiff_t loaded;      // samples of a ring row
     std::ptrdiff_t rowSamples;  // of an output row
+    bool isStraight;            // samples are stored where they stay
 };
 
-std::ptrdiff_t alignedSamples(std::ptrdiff_t count) { return (count + kRowAlign - 1) & -kRowAlign; }
+// Rows an odd number of cache lines apart do not meet in one set of the cache.
+std::ptrdiff_t ringRowStep(std::ptrdiff_t samples, std::ptrdiff_t bytes) {
+    constexpr std::ptrdiff_t line = 64;
+    return (sizeProduct(samples + kConvSlack, bytes) / line + 1) | 1;
+}
 
-bool allocate(const ConvForm& f, const ConvMargins& m, ConvWork* w) {
+bool allocate(const ConvForm& f, const ConvMargins& m, const ConvPlan& plan, ConvWork* w) {
+    constexpr std::ptrdiff_t line = 64;
     const std::ptrdiff_t ringPixels = f.width + m.extentX() - 1;
     w->rowSamples = std::ptrdiff_t{f.width} * f.samplesPerPixel;
-    w->ringStep = alignedSamples(sizeProduct(ringPixels, f.samplesPerPixel));
-    w->ring = allocBlock<float>(sizeProduct(w->ringStep, m.extentY() + kBlockRows - 1));
-    if (!w->ring) return false;
-    w->accRow = allocBlock<float>(w->rowSamples);
-    w->sumRow = allocBlock<float>(w->rowSamples);
+    w->loaded = ringPixels * f.samplesPerPixel;
+    w->ringStep = ringRowStep(w->loaded, plan.ringBytes) * line;
+    const std::ptrdiff_t rows = std::min<std::ptrdiff_t>(f.height, kBlockRows) + m.extentY() - 1;
+    w->ring = allocBlock<std::uint8_t>(sizeProduct(w->ringStep, rows));
     const std::ptrdiff_t bytes = std::max(sampleBytes(f.depth), 1);
     w->bytes = allocBlock<std::uint8_t>(std::max(sizeProduct(w->rowSamples, bytes), ringPixels));
-    return w->accRow && w->sumRow && w->bytes;
+    w->isStraight = !f.mask.data && f.depth != ZET_DEPTH_1U && f.kept == f.samplesPerPixel && f.kept == f.dstPixelStep;
+    return w->ring && w->bytes;
 }
 
 void bitsToBytes(const std::uint8_t* row, std::ptrdiff_t bit, std::ptrdiff_t count, std::uint8_t* bytes) {
     for (std::ptrdiff_t i = 0; i < count; ++i) bytes[i] = (row[(bit + i) >> 3] >> (7 - ((bit + i) & 7))) & 1;
 }
 
-void loadRow(const ConvForm& f, const ConvMargins& m, const ConvWork& w, std::ptrdiff_t sourceRow, float* ringRow) {
-    const std::ptrdiff_t count = (f.width + m.extentX() - 1) * f.samplesPerPixel;
+void loadRow(const ConvForm& f, const ConvPlan& plan, const ConvWork& w, std::ptrdiff_t sourceRow,
+             std::uint8_t* ringRow) {
     const std::uint8_t* row = f.src + sourceRow * f.srcRowStep;
     if (f.depth == ZET_DEPTH_1U) {
-        bitsToBytes(row, f.srcBit, count, w.bytes.get());
+        bitsToBytes(row, f.srcBit, w.loaded, w.bytes.get());
         row = w.bytes.get();
     }
-    loadRowOf(f.depth)(row, f.srcSampleStep, count, ringRow);
+    plan.loadRow(row, f.srcSampleStep, w.loaded, ringRow);
+    const std::ptrdiff_t used = w.loaded * plan.ringBytes;
+    std::memset(ringRow + used, 0, static_cast<std::size_t>(w.ringStep - used));
 }
 
-void runKernel(const ConvPlan& plan, std::int32_t k, const ConvForm& f, const ConvMargins& m, const ConvWork& w,
-               const float* top) {
+// A piece of an output row: its samples, and where the ring holds the corner of all that they need.
+struct ConvPiece {
+    const std::uint8_t* ring;
+    std::ptrdiff_t count;
+};
+
+ConvSource sourceOf(const ConvPlan& plan, std::int32_t k, const ConvForm& f, const ConvMargins& m, const ConvWork& w,
+                    const ConvPiece& piece) {
     const ZetConvKernel& kernel = *plan.kernels[k];
-    const ConvSlot& slot = plan.slots[static_cast<std::size_t>(k)];
-    const float* start =
-        top + (m.top - kernel.anchorY) * w.ringStep + std::ptrdiff_t{m.left - kernel.anchorX} * f.samplesPerPixel;
-    slot.kernelRow(slot, {start, w.ringStep, f.samplesPerPixel}, w.rowSamples, w.accRow.get());
-    if (slot.shiftRow) slot.shiftRow(w.accRow.get(), w.accRow.get(), w.rowSamples, slot.nShift);
-    float* target = plan.nKernels == 1 ? w.accRow.get() : w.sumRow.get();
-    if (slot.combineRow) slot.combineRow(w.accRow.get(), target, w.rowSamples, slot.nShift);
+    const std::ptrdiff_t left = std::ptrdiff_t{m.left - kernel.anchorX} * f.samplesPerPixel;
+    const std::uint8_t* first = piece.ring + (m.top - kernel.anchorY) * w.ringStep + left * plan.ringBytes;
+    return {first, w.ringStep / plan.ringBytes, f.samplesPerPixel};
 }
 
-// One row of output from the ring rows that begin at `top`; gives the row to store from.
-const float* ownConvRow(const ConvPlan& plan, const ConvForm& f, const ConvMargins& m, const ConvWork& w,
-                        const float* top) {
-    for (std::int32_t k = 0; k < plan.nKernels; ++k) runKernel(plan, k, f, m, w, top);
-    if (plan.nKernels == 1) return w.accRow.get();
-    if (plan.rootRow) plan.rootRow(nullptr, w.sumRow.get(), w.rowSamples, 0);
-    return w.sumRow.get();
+using PieceRow = std::array<float, kConvPiece + kConvSlack>;
+
+void runKernel(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* acc, float* target) {
+    slot.kernelRow(slot, source, count, acc);
+    if (slot.shiftRow) slot.shiftRow(acc, acc, count, slot.nShift);
+    if (slot.combineRow) slot.combineRow(acc, target, count, slot.nShift);
+}
+
+// One kernel's words go straight to samples where they can.
+void ownConvPiece(const ConvPlan& plan, const ConvForm& f, const ConvMargins& m, const ConvWork& w,
+                  const ConvPiece& piece, std::uint8_t* out) {
+    if (plan.storeWords) {
+        std::array<std::uint16_t, kConvPiece + kConvSlack> words;
+        sumWords(plan.slots[0], sourceOf(plan, 0, f, m, w, piece).first, piece.count, words.data());
+        return plan.storeWords(words.data(), plan.slots[0].nShift, out, piece.count);
+    }
+    PieceRow acc;
+    PieceRow sum;
+    float* const target = plan.nKernels == 1 ? acc.data() : sum.data();
+    for (std::int32_t k = 0; k < plan.nKernels; ++k)
+        runKernel(plan.slots[static_cast<std::size_t>(k)], sourceOf(plan, k, f, m, w, piece), piece.count, acc.data(),
+                  target);
+    if (plan.rootRow) plan.rootRow(nullptr, target, piece.count, 0);
+    plan.storeRow(target, out, piece.count);
+}
+
+// One row of output from the ring rows that begin at `top`.
+void makeRow(const ConvPlan& plan, const ConvForm& f, const ConvMargins& m, const ConvWork& w, const std::uint8_t* top,
+             std::uint8_t* out) {
+    const std::ptrdiff_t bytes = std::max(sampleBytes(f.depth), 1);
+    for (std::ptrdiff_t first = 0; first < w.rowSamples; first += kConvPiece) {
+        const ConvPiece piece{top + first * plan.ringBytes, std::min(kConvPiece, w.rowSamples - first)};
+        ownConvPiece(plan, f, m, w, piece, out + first * bytes);
+    }
 }
 
 // A piece of a row, all of whose pixels are written.
@@ -140,20 +175,24 @@ void keepRow(const ConvForm& f, const std::uint8_t* out, std::ptrdiff_t y) {
 
 std::int32_t runForm(const ConvForm& f, ConvPlan* plan, const ConvMargins& m) {
     ConvWork w{};
-    if (!allocate(f, m, &w)) return kConvNoMemory;
     ownConvBuildRows(plan, f.depth, f.samplesPerPixel);
+    if (!allocate(f, m, *plan, &w)) return kConvNoMemory;
+    ownConvPlaceTaps(plan, w.ringStep / plan->ringBytes, f.samplesPerPixel);
     const std::ptrdiff_t kept = m.extentY() - 1;  // rows that the next block needs again
     for (std::ptrdiff_t y = 0; y < f.height;) {
         const std::ptrdiff_t rows = std::min(f.height - y, kBlockRows);
         const std::ptrdiff_t loaded = y == 0 ? 0 : kept;
-        for (std::ptrdiff_t r = loaded; r < rows + kept; ++r) loadRow(f, m, w, y + r, w.ring.get() + r * w.ringStep);
+        for (std::ptrdiff_t r = loaded; r < rows + kept; ++r)
+            loadRow(f, *plan, w, y + r, w.ring.get() + r * w.ringStep);
         for (std::ptrdiff_t j = 0; j < rows; ++j) {
-            const float* row = ownConvRow(*plan, f, m, w, w.ring.get() + j * w.ringStep);
-            plan->storeRow(row, w.bytes.get(), w.rowSamples);
-            keepRow(f, w.bytes.get(), y + j);
+            std::uint8_t* out = w.isStraight ? f.dst + (y + j) * f.dstRowStep : w.bytes.get();
+            makeRow(*plan, f, m, w, w.ring.get() + j * w.ringStep, out);
+            if (!w.isStraight) keepRow(f, out, y + j);
         }
-        const auto keptBytes = static_cast<std::size_t>(kept * w.ringStep) * sizeof(float);
-        std::memmove(w.ring.get(), w.ring.get() + rows * w.ringStep, keptBytes);
+        if (y + rows < f.height) {
+            const auto keptBytes = static_cast<std::size_t>(kept * w.ringStep);
+            std::memmove(w.ring.get(), w.ring.get() + rows * w.ringStep, keptBytes);
+        }
         y += rows;
     }
     return kConvDone;

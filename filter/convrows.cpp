@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include "core/depth.h"
@@ -16,7 +17,7 @@ namespace {
 constexpr std::ptrdiff_t kChunk = 256;
 
 const float* tapOf(const ConvSource& source, std::ptrdiff_t row, std::ptrdiff_t column) {
-    return source.first + row * source.rowStep + column * source.samplesPerPixel;
+    return static_cast<const float*>(source.first) + row * source.rowStep + column * source.samplesPerPixel;
 }
 
 void addWeight(const float* __restrict tap, double weight, std::ptrdiff_t count, float* __restrict acc) {
@@ -42,46 +43,55 @@ void forChunks(std::ptrdiff_t count, Part part) {
     for (std::ptrdiff_t first = 0; first < count; first += kChunk) part(first, std::min(kChunk, count - first));
 }
 
-// Weights that are not 0, with the samples that they begin at.
-struct ExactTap {
-    const float* at;
-    float weight;
-};
-
-constexpr std::int32_t kMaxTaps = 128;
-
-struct TapList {
-    std::array<ExactTap, kMaxTaps> taps;
-    std::int32_t count = 0;
-};
-
 // Samples whose sums stay in registers while all taps are added.
 constexpr std::ptrdiff_t kTile = 4 * kFloatLanes;
+static_assert(kTile <= kConvSlack);
 
-void sumTile(const TapList& taps, std::ptrdiff_t at, bool fresh, float* accRow) {
-    FloatVector sums[4] = {};
-    for (std::ptrdiff_t v = 0; !fresh && v < 4; ++v) loadVector(accRow + at + v * kFloatLanes, &sums[v]);
-    for (std::int32_t t = 0; t < taps.count; ++t) {
-        const ExactTap& tap = taps.taps[static_cast<std::size_t>(t)];
+struct TileSums {
+    FloatVector v[4];
+
+    // Each by itself stays in a register; all at once become a string instruction.
+    TileSums() {
+        for (FloatVector& sum : v) sum = FloatVector{};
+    }
+};
+
+// Adds the taps of a range, whose sums are the same in any order.
+void addTaps(const ConvSlot& slot, std::int32_t begin, std::int32_t end, const float* first, TileSums* sums) {
+    for (std::int32_t t = begin; t < end; ++t) {
+        const ConvTap& tap = slot.taps[static_cast<std::size_t>(t)];
         for (std::ptrdiff_t v = 0; v < 4; ++v) {
             FloatVector samples;
-            loadVector(tap.at + at + v * kFloatLanes, &samples);
-            addExactProducts(samples, tap.weight, &sums[v]);
+            loadVector(first + tap.at + v * kFloatLanes, &samples);
+            addExactProducts(samples, tap.weight, &sums->v[v]);
         }
     }
-    for (std::ptrdiff_t v = 0; v < 4; ++v) storeVector(sums[v], accRow + at + v * kFloatLanes);
 }
 
-// Sums of any order are the same here, so all taps go into one tile after the other.
-void sumTaps(const TapList& taps, std::ptrdiff_t count, bool fresh, float* accRow) {
-    std::ptrdiff_t at = 0;
-    for (; at + kTile <= count; at += kTile) sumTile(taps, at, fresh, accRow);
-    for (; at < count; ++at) {
-        float sum = fresh ? 0.0F : accRow[at];
-        for (std::int32_t t = 0; t < taps.count; ++t)
-            sum += taps.taps[static_cast<std::size_t>(t)].at[at] * taps.taps[static_cast<std::size_t>(t)].weight;
-        accRow[at] = sum;
+void storeTile(const TileSums& sums, float* row) {
+    for (std::ptrdiff_t v = 0; v < 4; ++v) storeVector(sums.v[v], row + v * kFloatLanes);
+}
+
+bool isWithin(const TileSums& sums, float limit) {
+    const FloatVector most = FloatVector{} + limit;
+    using Flags [[gnu::vector_size(32)]] = std::int32_t;
+    Flags beyond{};
+    for (const FloatVector& v : sums.v) beyond |= (v > most) | (v < -most);
+    std::int64_t words[4];
+    std::memcpy(words, &beyond, sizeof words);
+    return (words[0] | words[1] | words[2] | words[3]) == 0;
+}
+
+// Group after group; false when a sum leaves the bounds within which the next group is exact.
+bool sumHopefully(const ConvSlot& slot, const float* first, TileSums* sums) {
+    constexpr float limit = 8388608.0F;
+    for (std::int32_t t = 0; t < slot.nTaps;) {
+        if (t > 0 && !isWithin(*sums, limit)) return false;
+        const std::int32_t end = slot.taps[static_cast<std::size_t>(t)].groupEnd;
+        addTaps(slot, t, end, first, sums);
+        t = end;
     }
+    return true;
 }
 
 void clearRow(float* row, std::ptrdiff_t count) { std::fill_n(row, count, 0.0F); }
@@ -105,8 +115,9 @@ std::int32_t shifted(float sample, std::int32_t shift) {
 }
 
 template <class T>
-void loadSamples(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t count, float* samples) {
+void loadSamples(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t count, void* ringRow) {
     const T* from = reinterpret_cast<const T*>(row);
+    float* samples = static_cast<float*>(ringRow);
     if (pixelStep == 1) {
         for (std::ptrdiff_t i = 0; i < count; ++i) samples[i] = static_cast<float>(from[i]);
         return;
@@ -215,20 +226,22 @@ void rowAtOnce(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t co
 }
 
 void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow) {
-    TapList taps;
-    bool fresh = true;
-    for (std::ptrdiff_t r = 0; r < slot.nRows; ++r)
-        for (std::ptrdiff_t q = 0; q < slot.nCols; ++q) {
-            const float weight = slot.weights[static_cast<std::size_t>(r * slot.nCols + q)];
-            if (weight == 0.0F) continue;
-            if (taps.count == kMaxTaps) {
-                sumTaps(taps, count, fresh, accRow);
-                fresh = false;
-                taps.count = 0;
-            }
-            taps.taps[static_cast<std::size_t>(taps.count++)] = {tapOf(source, r, q), weight};
-        }
-    if (fresh || taps.count > 0) sumTaps(taps, count, fresh, accRow);
+    const auto* first = static_cast<const float*>(source.first);
+    for (std::ptrdiff_t at = 0; at < count; at += kTile) {
+        TileSums sums;
+        addTaps(slot, 0, slot.nTaps, first + at, &sums);
+        storeTile(sums, accRow + at);
+    }
+}
+
+void rowHopeful(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow) {
+    const auto* first = static_cast<const float*>(source.first);
+    for (std::ptrdiff_t at = 0; at < count; at += kTile) {
+        TileSums sums;
+        if (!sumHopefully(slot, first + at, &sums))
+            return slot.literalRow(slot, {first + at, source.rowStep, source.samplesPerPixel}, count - at, accRow + at);
+        storeTile(sums, accRow + at);
+    }
 }
 
 void rowCopy(const float* acc, float* target, std::ptrdiff_t count, std::int32_t) {
@@ -249,6 +262,11 @@ void rowAddSquare(const float* acc, float* target, std::ptrdiff_t count, std::in
         const auto a = static_cast<double>(acc[i]);
         target[i] = static_cast<float>(static_cast<double>(target[i]) + a * a);
     }
+}
+
+// The same where the sums are whole numbers up to 2^24.
+void rowAddExactSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) target[i] += acc[i] * acc[i];
 }
 
 void rowAbs(const float* acc, float* target, std::ptrdiff_t count, std::int32_t) {

@@ -7,11 +7,14 @@
 namespace zetpxl {
 
 // Kernel routines by where they round: after each weight, after each pair of weights in a column of two kernel rows, once.
-// The exact one serves sums that single precision holds whatever the order.
 void rowSparse(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
 void rowPaired(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
 void rowAtOnce(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+// Sums that single precision holds whatever the order, from a ring of single-precision samples or of words.
 void rowExact(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+void rowWords(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
+// Takes sums for exact and looks after each group of taps whether they were; where not, the literal routine sums again.
+void rowHopeful(const ConvSlot& slot, const ConvSource& source, std::ptrdiff_t count, float* accRow);
 // Weights of 1 and -1 need no product; the sums are those of the sparse routine.
 inline constexpr KernelRow rowUnit = rowSparse;
 
@@ -19,6 +22,7 @@ void rowCopy(const float* acc, float* target, std::ptrdiff_t count, std::int32_t
 void rowAdd(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowAddSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
+void rowAddExactSquare(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowAbs(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowMax(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowMin(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
@@ -30,9 +34,13 @@ void rowShiftAdd(const float* acc, float* target, std::ptrdiff_t count, std::int
 void rowShiftWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 void rowShiftAddWhole(const float* acc, float* target, std::ptrdiff_t count, std::int32_t shift);
 
-// Conversions by depth index; 32F has none.
-using LoadRow = void (*)(const std::uint8_t* row, std::ptrdiff_t pixelStep, std::ptrdiff_t count, float* samples);
+// Conversions by depth index; 32F has none, and words serve up to 8 bits. Words of 1U are stored by way of floats.
 LoadRow loadRowOf(std::uint32_t depth);
+LoadRow loadWordsOf(std::uint32_t depth);
 StoreRow storeRowOf(std::uint32_t depth);
+StoreWords storeWordsOf(std::uint32_t depth);
+
+// The sums of one group of taps modulo 2^16.
+void sumWords(const ConvSlot& slot, const void* first, std::ptrdiff_t count, std::uint16_t* sums);
 
 }  // namespace zetpxl

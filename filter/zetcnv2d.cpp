@@ -1,6 +1,7 @@
 // Filters an image with one to ten kernels and combines their results.
 //   conv.1 only what lies outside the image is made up by its borders; neighbours outside the region are real pixels
-//   conv.2 the interior is read in place: only strips along the image's edges, tiled sources and in-place calls are copied
+//   conv.2 the interior is read in place: only strips along the image's edges, images of short rows, tiled sources and
+//          in-place calls are copied
 //   conv.3 the caller's records are never written
 //   conv.4 in place gives what a separate destination would give
 #include <algorithm>
@@ -206,6 +207,16 @@ std::int32_t leftAndRight(const StripRoute& route, std::int32_t topHeight, std::
     return runStrip(c, last);
 }
 
+// Samples of a row from which on an interior pays for strips beside it.
+constexpr std::int64_t kLongRow = 1024;
+
+// Whether short rows need pixels beside the image; then whole bands are copied with them.
+bool isNarrow(const Convolution& c) {
+    const std::int64_t right = std::int64_t{c.srcRect.xOffset} + c.srcRect.width + c.margins.right;
+    const bool leaves = c.srcRect.xOffset < c.margins.left || right > c.src.width;
+    return leaves && std::int64_t{c.srcRect.width} * c.src.nChannels <= kLongRow;
+}
+
 std::int32_t stripsAndInterior(Convolution* c) {
     const StripRoute route{c, c->dstRect, c->maskRect};
     std::int32_t topHeight = 0;
@@ -223,7 +234,8 @@ std::int32_t runRoute(Convolution* c, bool sameImage) {
     if (sameImage && srcTiled) return convolveStripes(c);
     if (dstTiled) return ownConvolveTiles(c, {&c->src, srcTiled ? nullptr : &c->src, srcTiled, !srcTiled});
     if (sameImage) return convolveInPlace(c);
-    return srcTiled ? oneBorderedCopy(c) : stripsAndInterior(c);
+    if (srcTiled) return oneBorderedCopy(c);
+    return isNarrow(*c) ? runStrip(c, c->srcRect) : stripsAndInterior(c);
 }
 
 std::int32_t ownConvolve2D(ZetImage* srcImage, ZetImage* dstImage, const ZetConvKernel* const* kernel,

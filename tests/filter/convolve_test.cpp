@@ -28,6 +28,18 @@ Call drawRounding(Scene& scene, Random& random) {
     return convolveCall(images, drawKernels(random, random.oneIn(4) ? Weights::kPlain : Weights::kBig));
 }
 
+Call drawBounds(Scene& scene, Random& random) {
+    const std::uint32_t depth = random.pick({ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_8S,
+                                             ZET_DEPTH_8S, ZET_DEPTH_16U, ZET_DEPTH_16U, ZET_DEPTH_16S});
+    const Filtered images = drawFiltered(scene, random, {.depth = depth, .largest = 16});
+    return convolveCall(images, drawKernels(random, Weights::kBound, 10));
+}
+
+Call drawLongRows(Scene& scene, Random& random) {
+    const Filtered images = drawFiltered(scene, random, {.isLong = true});
+    return convolveCall(images, drawKernels(random, Weights::kPlain));
+}
+
 Call drawInPlaceTiles(Scene& scene, Random& random) {
     const Filtered images = drawFiltered(scene, random, {.tiledInPlace = true});
     return convolveCall(images, drawKernels(random, Weights::kPlain, 15));
@@ -35,6 +47,8 @@ Call drawInPlaceTiles(Scene& scene, Random& random) {
 
 TEST(Convolve, AgreesWithTheModel) { compareWithModel(&drawConvolve); }
 TEST(Convolve, RoundsWhereTheModelDoes) { compareWithModel(&drawRounding); }
+TEST(Convolve, HoldsTheSumsOfGroupsOnBothSidesOfTheirBounds) { compareWithModel(&drawBounds); }
+TEST(Convolve, LongRowsAgreeWithTheModel) { compareWithModel(&drawLongRows, {.compare = {}, .share = 4}); }
 TEST(Convolve, TiledInPlaceAgreesWithTheModel) { compareWithModel(&drawInPlaceTiles, {.compare = {}, .share = 50}); }
 TEST(Convolve, FailsCleanlyAtEveryStep) { failEveryStep(&drawConvolve); }
 TEST(Convolve, FailsCleanlyInPlaceOnTiles) { failEveryStep(&drawInPlaceTiles, {.cases = 60}); }

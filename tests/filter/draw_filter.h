@@ -10,6 +10,7 @@ struct FilterRules {
     std::int32_t largest = 40;
     bool mayBeInPlace = true;
     bool tiledInPlace = false;  // always
+    bool isLong = false;        // rows beyond any length that an operation goes another way for
 };
 
 struct Filtered {
@@ -39,6 +40,24 @@ inline void maybeTall(ImageShape& shape, Random& random) {
     shape.height = random.between(60, 220);
 }
 
+// Two images of one size, so that the rows in common are long as well.
+inline Filtered drawLong(Scene& scene, Random& random, ImageShape shape) {
+    shape.width = random.between(1000, 1300);
+    shape.height = random.oneIn(8) ? random.between(60, 100) : random.between(3, 12);
+    shape.tileWidth = shape.tileHeight = 0;
+    const auto add = [&](const char* name) -> TestImage& {
+        if (random.oneIn(3)) shape.roi = drawRegion(shape, random);
+        TestImage& image = scene.add(name, shape, random, drawValues(random));
+        shape.roi.reset();
+        if (random.oneIn(4)) maybeMask(scene, image, random);
+        return image;
+    };
+    TestImage& src = add("src");
+    TestImage& dst = add("dst");
+    putRight(src, dst);
+    return {&src, &dst};
+}
+
 // Lined up so that tiles, regions and masks of both images cut each other at odd places.
 inline Filtered drawFiltered(Scene& scene, Random& random, const FilterRules& rules = {}) {
     const DrawRules draw{.largest = rules.largest};
@@ -47,6 +66,7 @@ inline Filtered drawFiltered(Scene& scene, Random& random, const FilterRules& ru
     if (first.depth == ZET_DEPTH_1U) first.nChannels = 1;
     if (first.alphaChannel) first.alphaChannel = first.nChannels;
     maybeTall(first, random);
+    if (rules.isLong) return drawLong(scene, random, first);
     if (rules.tiledInPlace) tileSmall(first, random);
     if (rules.tiledInPlace && random.oneIn(2))
         for (std::int32_t& mode : first.borderMode) mode = random.below(3);

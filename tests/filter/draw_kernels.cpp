@@ -6,6 +6,8 @@ namespace {
 struct Mix {
     std::int32_t zeros, units;  // percent
     bool big;
+    bool bound = false;
+    bool oneSign = false;
 };
 
 std::int32_t drawBig(Random& random) {
@@ -14,16 +16,24 @@ std::int32_t drawBig(Random& random) {
     return random.oneIn(2) ? near : -near;
 }
 
+std::int32_t drawBound(Random& random, const Mix& mix) {
+    const std::int32_t weight = random.pick({1, 2, 3, 8, 31, 63, 64, 65, 127, 128, 129, 256, 257});
+    return mix.oneSign || random.oneIn(2) ? weight : -weight;
+}
+
 std::int32_t drawWeight(Random& random, const Mix& mix) {
     const std::int32_t draw = random.below(100);
     if (draw < mix.zeros) return 0;
     if (draw < mix.zeros + mix.units) return random.oneIn(2) ? 1 : -1;
+    if (mix.bound) return drawBound(random, mix);
     return mix.big ? drawBig(random) : random.between(-20, 20);
 }
 
 // Near a limit of the shares more often than not.
 Mix drawMix(Random& random, Weights weights) {
     Mix mix{0, 0, weights == Weights::kBig && !random.oneIn(4)};
+    mix.bound = weights == Weights::kBound;
+    mix.oneSign = random.oneIn(3);
     mix.zeros = random.pick({0, 0, 5, 12, 40, 66, 80, 100});
     mix.units = random.pick({0, 0, 20, 30, 60, 100});
     return mix;
@@ -43,6 +53,11 @@ std::int32_t drawShift(Random& random) {
     return random.oneIn(6) ? random.pick({-1, -31, 31, 32, 33, 64, 100}) : random.between(1, 8);
 }
 
+// The second half takes away what the first one adds: what was lost on the way shows in small results.
+void cancel(std::vector<std::int32_t>& values) {
+    for (std::size_t i = 0; i < values.size() / 2; ++i) values[values.size() - 1 - i] = -values[i];
+}
+
 ZetConvKernel drawKernel(Random& random, Weights weights, std::int32_t far, std::vector<std::int32_t>& values) {
     ZetConvKernel kernel{};
     drawSize(random, far, kernel);
@@ -51,6 +66,7 @@ ZetConvKernel drawKernel(Random& random, Weights weights, std::int32_t far, std:
     kernel.nShift = drawShift(random);
     const Mix mix = drawMix(random, weights);
     for (std::int32_t i = 0; i < kernel.nCols * kernel.nRows; ++i) values.push_back(drawWeight(random, mix));
+    if (mix.bound && random.oneIn(2)) cancel(values);
     return kernel;
 }
 

@@ -22,7 +22,8 @@ struct DrawnKernels {
     std::string describe() const;
 };
 
-enum class Weights { kPlain, kBig };
+// kBound: near what one tap, or a group of them, may weigh where sums are held in 16 bits or taken for exact.
+enum class Weights { kPlain, kBig, kBound };
 
 // `far` percent of the kernels reach further than a tile.
 std::shared_ptr<DrawnKernels> drawKernels(Random& random, Weights weights, std::int32_t far = 4);

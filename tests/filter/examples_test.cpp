@@ -104,6 +104,16 @@ TEST(ConvolveExample, SinglePrecisionShows) {
     EXPECT_EQ(convolved<std::int32_t>(ZET_DEPTH_32S, {1}, {&tooLarge}, 0), Words{16777216});
 }
 
+// 3 * 127 * 65533 lies halfway between two single-precision numbers; taken away again, it leaves 1 too few.
+TEST(ConvolveExample, SumsBeyondSinglePrecisionRoundOnTheWay) {
+    using Samples = std::vector<std::uint16_t>;
+    const Kernel beyond(7, 1, 3, 0, {1, -127, -127, -127, 127, 127, 127});
+    EXPECT_EQ(convolved<std::uint16_t>(ZET_DEPTH_16U, Samples(90, 65533), {&beyond}, 0), Samples(90, 65532));
+    // 382 * 65533 after two pairs of rows is exact; 381 * 65533 between them would not be.
+    const Kernel pairs(1, 8, 0, 4, {-1, -126, -127, -127, 1, 127, 127, 127});
+    EXPECT_EQ(convolved<std::uint16_t>(ZET_DEPTH_16U, Samples(90, 65533), {&pairs}, 0, 1), Samples(90, 65533));
+}
+
 template <class T>
 T blurredConstant(std::uint32_t depth, T value, std::int32_t side) {
     Grid<T> image(depth, 10, std::vector<T>(100, value), ZET_BORDER_REPLICATE);
