@@ -471,13 +471,16 @@ void runChains(std::ptrdiff_t channel, std::ptrdiff_t first, std::ptrdiff_t coun
     const typename Mean::Column* const columns = chains->columns + first;
     const std::ptrdiff_t rowStep = chains->rowStep;
     const std::ptrdiff_t reach = chains->reach;
-    for (std::ptrdiff_t x = channel; x < count; x += chains->step)
+    const std::ptrdiff_t step = chains->step;
+    for (std::ptrdiff_t x = channel; x < count; x += step) {
+#pragma GCC unroll 4  // the sums stay in registers
         for (std::ptrdiff_t j = 0; j < kChains; ++j) {
             Row& sum = sums[static_cast<std::size_t>(j)];
             const typename Mean::Column* const leaving = columns + j * rowStep + x;
             out[j * kChainPiece + x] = sum;
             sum = nextSum(sum, static_cast<Row>(leaving[reach]), static_cast<Row>(*leaving));
         }
+    }
     chains->last[static_cast<std::size_t>(channel)] = sums;
 }
 
