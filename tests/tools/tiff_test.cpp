@@ -95,6 +95,20 @@ TEST_F(Tiff, TakesMasksTwoSourcesAndItsOwnPlace) {
     expectAlike(made, expected, 8);
 }
 
+// Through hue and back block by block; alpha is left behind either way.
+TEST_F(Tiff, ChangesColoursTileByTile) {
+    for (const Form* form : {&kForms[0], &kForms[1], &kForms[4]}) {
+        makeFiles(*form);
+        for (const std::string options : {" --hue 120", " --saturation 0.5 --lightness 0.9", " --write-hls"}) {
+            SCOPED_TRACE(form->name + options);
+            ASSERT_EQ(zetpic("hls " + png + " " + expected + options).exitCode, 0);
+            const ChildResult result = zetpic("hls " + tiff + " " + made + options + " --tile 16,32");
+            ASSERT_EQ(result.exitCode, 0) << result.errors;
+            expectAlike(made, expected, form->bits);
+        }
+    }
+}
+
 TEST_F(Tiff, TellsWhatIsWrong) {
     makeFiles(kForms[0]);
     const ChildResult odd = zetpic("blur " + tiff + " " + made + " --size 3,3 --tile 24,16");

@@ -60,6 +60,59 @@ Failure convertColours(void (*conversion)(ZetImage*, ZetImage*), const ZetImage&
     return failure;
 }
 
+// From colours, or what stands for them, to the result's: `hls` and `colours` are of one size.
+const ZetImage* convertBlock(const Options& options, ZetImage* colours, ZetImage* hls) {
+    if (options.hlsSide == HlsSide::kRead)
+        zetCopy(colours, hls);
+    else
+        zetRGB2HLS(colours, hls);
+    changeHls(options, hls);
+    if (options.hlsSide == HlsSide::kWrite) return hls;
+    zetHLS2RGB(hls, colours);
+    return colours;
+}
+
+// A pixel's colours depend on no other pixel, so a block after the other goes through memory.
+Failure convertSheet(const Options& options, const Sheet& source, const Sheet& result) {
+    Canvas from, to;
+    Failure failure = from.open(source, Options{});
+    if (failure.empty()) failure = to.open(result, Options{});
+    if (!failure.empty()) return failure;
+    to.showProgress();
+    const ZetImage& form = result.form();
+    for (std::int32_t y = 0; y < form.height; y += options.tileHeight)
+        for (std::int32_t x = 0; x < form.width; x += options.tileWidth) {
+            ZetROI block{0, x, y, std::min(options.tileWidth, form.width - x),
+                         std::min(options.tileHeight, form.height - y)};
+            ZetImage sized = form;
+            sized.width = block.width;
+            sized.height = block.height;
+            const Image colours = makeColours(sized, "RGB");
+            const Image hls = makeColours(sized, "HLS");
+            if (!colours || !hls) return "no memory for a tile";
+            from.image()->roi = to.image()->roi = &block;
+            zetCopy(from.image(), colours.get());
+            ZetImage made = *convertBlock(options, colours.get(), hls.get());
+            zetCopy(&made, to.image());
+        }
+    to.hideProgress();
+    return "";
+}
+
+int runHlsInTiles(const Arguments& arguments) {
+    Sheet source, result;
+    Failure failure = openSheet(arguments.files[0], arguments.options, &source);
+    if (!failure.empty()) return fail(failure);
+    if (source.form().nChannels < 3) return fail(arguments.files[0] + ": has no colours");
+    ZetImage form = source.form();
+    form.nChannels = 3;
+    form.alphaChannel = 0;
+    nameChannels(&form, "RGB");
+    failure = makeSheet(arguments, form, form.width, form.height, &result);
+    if (failure.empty()) failure = convertSheet(arguments.options, source, result);
+    return failure.empty() ? finish(arguments, source, result) : fail(failure);
+}
+
 ZetNoiseParam noiseParam(const Options& options) {
     const Range range = options.uniform ? *options.uniform : *options.gaussian;
     ZetNoiseParam param{};
@@ -75,6 +128,7 @@ ZetNoiseParam noiseParam(const Options& options) {
 
 int runHls(const Arguments& arguments) {
     const Options& options = arguments.options;
+    if (options.tileWidth > 0 && hasTiffEnding(arguments.files.back())) return runHlsInTiles(arguments);
     Picture source;
     Failure failure = readUpright(arguments.files[0], &source);
     if (!failure.empty()) return fail(failure);
