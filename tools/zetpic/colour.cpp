@@ -50,7 +50,7 @@ Image makeColours(const ZetImage& form, const char* name) {
     return image;
 }
 
-// Both ways have one form: a record of the source's pixels and one of the result's, with tiles as told.
+// Both ways have one form: a record of the source's pixels and one of the result's, with tiles where asked for.
 Failure convertColours(void (*conversion)(ZetImage*, ZetImage*), const ZetImage& source, ZetImage* result,
                        const Options& options) {
     Canvas from, to;
