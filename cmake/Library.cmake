@@ -1,10 +1,11 @@
 # The shared library for the baseline and once more for each processor level, and the static form of the tests.
 # Levels are found by the loader itself, in glibc-hwcaps folders beside the baseline library. A level is added to this
 # list when a machine can test it.
-set(ZETPXL_LEVELS "")
+set(zetpxl_levels "")
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND CMAKE_SIZEOF_VOID_P EQUAL 8)
-  set(ZETPXL_LEVELS x86-64-v3)
+  set(zetpxl_levels x86-64-v3 x86-64-v4)
 endif()
+set(ZETPXL_LEVELS "${zetpxl_levels}" CACHE STRING "Processor levels that get a shared library of their own")
 
 file(GLOB ZETPXL_SOURCES CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/core/*.cpp ${PROJECT_SOURCE_DIR}/pixel/*.cpp ${PROJECT_SOURCE_DIR}/rank/*.cpp

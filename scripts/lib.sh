@@ -107,11 +107,26 @@ log() {
     printf 'build/logs/%s.log' "$1"
 }
 
-# Can this machine run code of the level x86-64-v3?
-has_v3() {
-    local flag
-    [ "$(uname -m)" = x86_64 ] || return 1
-    for flag in avx avx2 bmi1 bmi2 f16c fma abm movbe xsave; do
-        grep -m 1 '^flags' /proc/cpuinfo | grep -qw "$flag" || return 1
+# Can this machine run code of a level, such as x86-64-v3? The loader, which picks the library, is who knows.
+has_level() {
+    local loader
+    for loader in /lib64/ld-linux-x86-64.so.2 /lib/ld-linux-x86-64.so.2; do
+        if [ -x "$loader" ]; then "$loader" --help 2>/dev/null | grep "$1 (supported" >/dev/null && return 0; fi
     done
+    return 1
+}
+
+# The highest level that the library is built for and this machine runs; empty for the baseline.
+best_level() {
+    local level
+    for level in x86-64-v4 x86-64-v3; do
+        if has_level "$level"; then echo "$level" && return 0; fi
+    done
+}
+
+# Presets whose tests link a level that this machine runs, the lowest last.
+level_presets() {
+    if has_level x86-64-v4; then echo v4; fi
+    if has_level x86-64-v3; then echo release; fi
+    echo baseline
 }
