@@ -1,4 +1,4 @@
-// What the library asks of the operating system: a slot per thread, zeroed memory, the fatal exit and the box.
+// What the library asks of the operating system: a slot per thread, zeroed memory, large pages, the fatal exit and the box.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +11,9 @@ std::int32_t takeSlot(void (*destroy)(void*));
 void giveBackSlot(std::int32_t slot);
 void* slotValue(std::int32_t slot);
 bool setSlotValue(std::int32_t slot, void* value);
+
+// Asks for large pages under a block that is about to be written from end to end. Advice only: nothing depends on it.
+void adviseLargePages(void* block, std::size_t size);
 
 void* allocZeroed(std::size_t size);
 void freeZeroed(void* block);

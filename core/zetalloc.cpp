@@ -9,6 +9,7 @@
 #include "core/alloc.h"
 #include "core/check.h"
 #include "core/depth.h"
+#include "core/platform.h"
 #include "core/report.h"
 
 namespace zetpxl {
@@ -21,6 +22,8 @@ constexpr Operation opAllocateImageFP{"zetAllocateImageFP", "zetalloc"};
 
 constexpr std::ptrdiff_t kBlockAlign = 32;
 constexpr std::ptrdiff_t kBlockOverhead = kBlockAlign + static_cast<std::ptrdiff_t>(sizeof(void*));
+// From here on the kernel's work on each small page at its first touch costs more than the pixels do.
+constexpr std::size_t kLargeImage = std::size_t{1} << 22;
 constexpr std::int32_t kAllSides = ZET_SIDE_TOP | ZET_SIDE_BOTTOM | ZET_SIDE_LEFT | ZET_SIDE_RIGHT;
 // Everything of a mask but its own mask.
 constexpr std::int32_t kWholeMask = ZET_IMAGE_HEADER | ZET_IMAGE_DATA | ZET_IMAGE_ROI | ZET_IMAGE_TILE;
@@ -41,6 +44,7 @@ void obtainData(const Operation& op, ZetImage* image) {
     const std::size_t size = static_cast<std::size_t>(image->align) + static_cast<std::size_t>(layout.imageSize) - 1;
     image->imageDataBase = std::malloc(size);
     if (!image->imageDataBase) return report(op, ZET_StatusNoMemory, "for allocate image data");
+    if (size >= kLargeImage) platform::adviseLargePages(image->imageDataBase, size);
     image->imageData = alignUp(static_cast<std::uint8_t*>(image->imageDataBase), image->align);
     image->imageSize = layout.imageSize;
     image->widthStep = layout.widthStep;
