@@ -13,8 +13,8 @@ inline constexpr std::ptrdiff_t kFloatLanes = 8;
 // By reference: a level without such registers has no way to return one.
 inline void loadVector(const float* from, FloatVector* v) { std::memcpy(v, from, sizeof *v); }
 
-// a * b + c, where the product and the sum are exact.
-inline double exactSum(double a, double b, double c) {
+// a * b + c, where the product is exact: fusing then rounds what is rounded anyway, the sum.
+inline double exactProductSum(double a, double b, double c) {
 #ifdef __FMA__
     return __builtin_fma(a, b, c);
 #else

@@ -19,10 +19,10 @@ using WideRow = double[kPiece + kMostBeside];
 
 double stage(const double* row, std::ptrdiff_t step, double outer, double inner, double centre) {
     double sum = centre * row[2 * step];
-    sum = exactSum(inner, row[step], sum);
-    sum = exactSum(inner, row[3 * step], sum);
-    sum = exactSum(outer, row[0], sum);
-    return static_cast<double>(static_cast<float>(exactSum(outer, row[4 * step], sum)));
+    sum = exactProductSum(inner, row[step], sum);
+    sum = exactProductSum(inner, row[3 * step], sum);
+    sum = exactProductSum(outer, row[0], sum);
+    return static_cast<double>(static_cast<float>(exactProductSum(outer, row[4 * step], sum)));
 }
 
 void smoothPiece(const WideRow (&rows)[5], std::ptrdiff_t step, std::ptrdiff_t count, float* __restrict out) {

@@ -84,13 +84,14 @@ Tap tapAt(double position, std::ptrdiff_t count) {
 
 template <class T, bool Limited, class A>
 T madeSample(A value) {
-    if constexpr (std::is_same_v<T, float>) return static_cast<float>(value);
-    if (Limited) {
-        constexpr A greatest = std::numeric_limits<T>::max();
-        value = value > greatest ? greatest : value;
-        value = value < 0 ? 0 : value;
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<float>(value);
+    } else {
+        // Far within 32 bits, where cutting off and limiting may change places.
+        const auto whole = static_cast<std::int32_t>(value);
+        if (!Limited) return static_cast<T>(whole);
+        return static_cast<T>(std::clamp<std::int32_t>(whole, 0, std::numeric_limits<T>::max()));
     }
-    return static_cast<T>(static_cast<std::int32_t>(value));
 }
 
 // Columns of a piece: their taps, and for each sample the share.
@@ -101,7 +102,7 @@ struct Columns {
 };
 
 // Fills a piece from position `x` on and gives the position behind it.
-template <class Taps, class A>
+template <class T, class Taps, class A>
 double placeColumns(const DecimateBlock& block, const DecimateShape& shape, double x, std::ptrdiff_t pixels,
                     Columns<A>* columns) {
     TapColumns* taps = &columns->taps;
@@ -113,7 +114,7 @@ double placeColumns(const DecimateBlock& block, const DecimateShape& shape, doub
         for (std::ptrdiff_t c = 0; c < shape.nTogether; ++c)
             columns->shares[i * shape.nTogether + c] = static_cast<A>(tap.share);
     }
-    finishColumns(Taps::kCount, taps);
+    finishColumns<T>(Taps::kCount, taps);
     return x;
 }
 
@@ -239,7 +240,7 @@ double makePasses(const DecimateBlock& block, const DecimateShape& shape, std::p
 template <class T, class XTaps, class YTaps, class A>
 void makeBands(DecimateBlock* block, const DecimateShape& shape) {
     Columns<A> columns;
-    const std::ptrdiff_t most = kTapPiece / shape.nTogether;
+    const std::ptrdiff_t most = tapPixels(shape.nTogether);
     double x = 0;
     RowBand band{0, 0, static_cast<double>(block->yPos)};
     for (; band.first < shape.rows; band.first += kTapBand) {
@@ -247,7 +248,7 @@ void makeBands(DecimateBlock* block, const DecimateShape& shape) {
         x = static_cast<double>(block->xPos);
         double yEnd = band.y;
         for (std::ptrdiff_t i = 0; i < shape.columns; i += most) {
-            x = placeColumns<XTaps>(*block, shape, x, std::min(most, shape.columns - i), &columns);
+            x = placeColumns<T, XTaps>(*block, shape, x, std::min(most, shape.columns - i), &columns);
             yEnd = makePasses<T, XTaps, YTaps, A>(*block, shape, i, columns, band);
         }
         band.y = yEnd;

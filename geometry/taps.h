@@ -1,6 +1,8 @@
 // Samples that lie around positions along rows, brought side by side so that arithmetic on them runs over whole vectors.
 //   taps.1 a tap outside the row takes the row's first or last pixel
 //   taps.2 pixels whose taps lie inside, short of the last column, are moved as whole words, which may reach into the pixel behind
+//   taps.3 where the build has permutations of two vectors with indices in a third, samples whose taps fit two vectors are taken
+//          by them, a vector at a time
 #pragma once
 
 #include <algorithm>
@@ -8,14 +10,24 @@
 #include <cstdint>
 #include <cstring>
 
+#include "geometry/permutes.h"
+
 namespace zetpxl {
 
 // Samples that are made of a row at a time, and rows at a time: what they need stays in the first cache, and their pages
 // within the processor's reach.
-inline constexpr std::ptrdiff_t kTapPiece = 512;
+inline constexpr std::ptrdiff_t kTapPiece = 768;
 inline constexpr std::ptrdiff_t kTapBand = 64;
 inline constexpr std::ptrdiff_t kTapsAhead = 4;  // rows that are asked for ahead
 inline constexpr std::ptrdiff_t kTapSlack = 16;  // samples that a word may write behind the last
+
+// Pixels of a piece: where there is room, so many that their samples fill the longest vectors.
+constexpr std::ptrdiff_t tapPixels(std::ptrdiff_t samplesOfPixel) {
+    constexpr std::ptrdiff_t kMost = 512;
+    constexpr std::ptrdiff_t kVector = 64;
+    const std::ptrdiff_t pixels = std::min(kMost, kTapPiece / samplesOfPixel);
+    return pixels < kVector ? pixels : pixels - pixels % kVector;
+}
 
 // How a row's pixels lie.
 struct TapRow {
@@ -32,12 +44,27 @@ struct TapColumns {
     std::ptrdiff_t stride;                // between the first taps of neighbours, where it is the same for all; else 0
     bool pairs;                           // two pixels of each column, in turn
     std::int32_t first[kTapPiece];
+    PermutedSamples<kTapPiece> permuted;
 
     std::ptrdiff_t samples() const { return pixels * row.nTogether; }
 };
 
+// Finds the groups whose taps a permutation takes: all inside the row, and the vectors too.
+template <class T>
+void planPermutes(std::ptrdiff_t taps, TapColumns* columns) {
+    const TapRow& r = columns->row;
+    const std::ptrdiff_t readable = r.columns * r.pixelStep - (r.pixelStep - r.nTogether);
+    std::int32_t offsets[kTapPiece];
+    for (std::ptrdiff_t i = 0; i < columns->pixels; ++i)
+        for (std::ptrdiff_t c = 0; c < r.nTogether; ++c)
+            offsets[i * r.nTogether + c] = static_cast<std::int32_t>(columns->first[i] * r.pixelStep + c);
+    findPermutes<T>(offsets, columns->samples(), (taps - 1) * r.pixelStep, readable, &columns->permuted);
+}
+
 // Finds what the moves need to know once `first` and `pixels` are there.
-inline void finishColumns(std::ptrdiff_t taps, TapColumns* columns) {
+template <class T>
+void finishColumns(std::ptrdiff_t taps, TapColumns* columns) {
+    if constexpr (kHasPermutes) planPermutes<T>(taps, columns);
     const std::ptrdiff_t last = columns->row.columns - 1 - taps;
     const auto inside = [&](std::ptrdiff_t i) { return columns->first[i] >= 0 && columns->first[i] <= last; };
     std::ptrdiff_t from = 0;
@@ -173,9 +200,25 @@ void moveNeighbours(const T* row, const TapColumns& columns, TapSamples<T> (&tap
     }
 }
 
+// The taps of most samples by permutations, those near the row's ends one by one.
+template <class T, std::size_t Count>
+void permuteTaps(const T* row, const TapColumns& columns, TapSamples<T> (&taps)[Count]) {
+    const PermutedSamples<kTapPiece>& permuted = columns.permuted;
+    const std::ptrdiff_t together = columns.row.nTogether;
+    permuteGroups(row, permuted, columns.row.pixelStep, taps);
+    const std::ptrdiff_t before = (permuted.from + together - 1) / together;
+    const std::ptrdiff_t behind = std::min(permuted.to / together, columns.pixels);
+    for (std::size_t k = 0; k < Count; ++k) {
+        moveEdgePixels(row, columns, static_cast<std::ptrdiff_t>(k), 0, before, taps[k]);
+        moveEdgePixels(row, columns, static_cast<std::ptrdiff_t>(k), behind, columns.pixels, taps[k]);
+    }
+}
+
 // Brings the taps of each pixel of a row side by side: tap k of sample i at taps[k][i].
 template <class T, std::size_t Count>
 void gatherTaps(const T* row, const TapColumns& columns, TapSamples<T> (&taps)[Count]) {
+    if constexpr (kHasPermutes && Count > 1)
+        if (columns.permuted.pays(columns.samples())) return permuteTaps(row, columns, taps);
     if (Count > 1 && columns.row.pixelStep == 1) return moveNeighbours(row, columns, taps);
     std::ptrdiff_t k = 0;
     for (TapSamples<T>& tap : taps) moveTap(row, columns, k++, tap);

@@ -10,15 +10,17 @@
 #include <type_traits>
 
 #include "core/depth.h"
+#include "core/vectors.h"
 #include "geometry/sampling.h"
 #include "geometry/taps.h"
 #include "geometry/zoom.h"
+#include "geometry/zoomlines.h"
 
 namespace zetpxl {
 
 namespace {
 
-static_assert(kTapPiece <= kMaskPiece);
+static_assert(tapPixels(1) <= kMaskPiece);
 
 // Whole samples have whole differences, all of them exact in single precision too.
 template <class T>
@@ -54,10 +56,16 @@ struct LinearTaps {
     static void weigh(float share, float (&w)[kWeights]) { w[0] = share; }
     template <class V>
     static double along(const V (&s)[kCount], const float (&w)[kWeights]) {
-        return static_cast<double>(w[0]) * static_cast<double>(s[1] - s[0]) + static_cast<double>(s[0]);
+        const auto share = static_cast<double>(w[0]);
+        const auto first = static_cast<double>(s[0]);
+        const auto step = static_cast<double>(s[1] - s[0]);
+        // A whole step has at most 17 digits, a weight 24.
+        if constexpr (std::is_integral_v<V>) return exactProductSum(share, step, first);
+        return share * step + first;
     }
     static double across(const double (&s)[kCount], const float (&w)[kWeights]) {
-        return s[0] * (1 - static_cast<double>(w[0])) + s[1] * static_cast<double>(w[0]);
+        const auto share = static_cast<double>(w[0]);
+        return exactProductSum(s[1], share, s[0] * (1 - share));
     }
 };
 
@@ -87,8 +95,9 @@ struct CubicTaps {
         const V d1 = s[1] - s[0];
         const V d2 = s[2] - s[1] - d1;
         const V d3 = s[3] - 2 * s[2] + s[1] - d2;
-        return static_cast<double>(s[0]) + single(d1) * static_cast<double>(w[0]) +
-               static_cast<double>(w[1]) * single(d3) + static_cast<double>(w[2]) * single(d2);
+        const double line = exactProductSum(single(d1), static_cast<double>(w[0]), static_cast<double>(s[0]));
+        const double bent = exactProductSum(static_cast<double>(w[1]), single(d3), line);
+        return exactProductSum(static_cast<double>(w[2]), single(d2), bent);
     }
     static double across(const double (&s)[kCount], const float (&w)[kWeights]) { return along(s, w); }
 };
@@ -98,7 +107,12 @@ template <class Taps>
 struct Columns {
     TapColumns taps;
     float weights[Taps::kWeights + 1][kTapPiece];
+    bool single;  // single precision gives the same sums
 };
+
+// Only lines of whole samples are short enough.
+template <class T, class Taps>
+inline constexpr bool kMayBeSingle = kHasFused && std::is_integral_v<T> && Taps::kCount == 2;
 
 template <class Taps>
 void weighPixel(const Tap& tap, std::ptrdiff_t nTogether, std::ptrdiff_t pixel, Columns<Taps>* columns) {
@@ -111,7 +125,7 @@ void weighPixel(const Tap& tap, std::ptrdiff_t nTogether, std::ptrdiff_t pixel, 
 }
 
 // Fills a piece from position `x` on and gives the position behind it.
-template <class Taps>
+template <class T, class Taps>
 double placeColumns(const ZoomRun& run, double x, std::ptrdiff_t pixels, Columns<Taps>* columns) {
     TapColumns* taps = &columns->taps;
     taps->row = {run.x.size, run.srcPixelStep, run.nTogether};
@@ -121,7 +135,9 @@ double placeColumns(const ZoomRun& run, double x, std::ptrdiff_t pixels, Columns
         taps->first[i] = static_cast<std::int32_t>(std::clamp<std::ptrdiff_t>(tap.first, -Taps::kCount, run.x.size));
         weighPixel(tap, run.nTogether, i, columns);
     }
-    finishColumns(Taps::kCount, taps);
+    finishColumns<T>(Taps::kCount, taps);
+    if constexpr (kMayBeSingle<T, Taps>)
+        columns->single = std::all_of(columns->weights[0], columns->weights[0] + taps->samples(), isExactWeight<T>);
     return x;
 }
 
@@ -183,55 +199,74 @@ void copyWindow(const ZoomRun& run, const Columns<NearestTaps>& columns, const W
 
 // Interpolates a source row along x.
 template <class T, class Taps>
-void columnPass(const T* row, const Columns<Taps>& columns, double* __restrict to) {
+void columnPass(const T* row, const Columns<Taps>& columns, float* __restrict to) {
     TapSamples<T> taps[Taps::kCount];
     gatherTaps(row, columns.taps, taps);
     const std::ptrdiff_t size = columns.taps.samples();
+    if constexpr (kMayBeSingle<T, Taps>)
+        if (columns.single) return interpolateLines(taps[0], taps[1], columns.weights[0], size, to);
     for (std::ptrdiff_t i = 0; i < size; ++i) {
         TapValue<T> s[Taps::kCount];
         float w[Taps::kWeights];
         for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<TapValue<T>>(taps[k][i]);
         for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) w[k] = columns.weights[k][i];
-        to[i] = single(Taps::along(s, w));
+        to[i] = static_cast<float>(Taps::along(s, w));
     }
 }
 
 template <class T, class Taps>
 T madeSample(double value) {
-    if constexpr (std::is_same_v<T, float>) return static_cast<float>(value);
-    value += kZoomTolerance;
-    if (Taps::kCount == 4) {
-        constexpr double greatest = std::numeric_limits<T>::max();
-        value = value > greatest ? greatest : value;
-        value = value < 0 ? 0 : value;
+    if constexpr (std::is_same_v<T, float>) {
+        return static_cast<float>(value);
+    } else {
+        // Far within 32 bits, where cutting off and limiting may change places.
+        const auto whole = static_cast<std::int32_t>(value + kZoomTolerance);
+        if (Taps::kCount < 4) return static_cast<T>(whole);
+        return static_cast<T>(std::clamp<std::int32_t>(whole, 0, std::numeric_limits<T>::max()));
     }
-    return static_cast<T>(static_cast<std::int32_t>(value));
 }
 
 template <class T, class Taps>
-void blendRows(const double* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* __restrict to) {
-    float w[Taps::kWeights];
-    Taps::weigh(static_cast<float>(share), w);
-    for (std::ptrdiff_t i = 0; i < size; ++i) {
+void blendSamples(const float* const (&rows)[Taps::kCount], const float (&w)[Taps::kWeights], std::ptrdiff_t from,
+                  std::ptrdiff_t to, T* __restrict made) {
+    for (std::ptrdiff_t i = from; i < to; ++i) {
         double s[Taps::kCount];
-        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = rows[k][i];
-        to[i] = madeSample<T, Taps>(Taps::across(s, w));
+        for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(rows[k][i]);
+        made[i] = madeSample<T, Taps>(Taps::across(s, w));
     }
 }
 
-// Interpolated rows, each in the slot of its number: single precision numbers, held wide as the blend takes them.
+// Samples that are made anew together when single precision does not tell one of them.
+constexpr std::ptrdiff_t kBlendPiece = 128;
+
+template <class T, class Taps>
+void blendRows(const float* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* __restrict made) {
+    float w[Taps::kWeights];
+    Taps::weigh(static_cast<float>(share), w);
+    if constexpr (kMayBeSingle<T, Taps> && std::is_same_v<T, std::uint8_t>) {
+        for (std::ptrdiff_t i = 0; i < size; i += kBlendPiece) {
+            const std::ptrdiff_t count = std::min(kBlendPiece, size - i);
+            if (!blendLines(rows[0] + i, rows[1] + i, w[0], count, made + i))
+                blendSamples<T, Taps>(rows, w, i, i + count, made);
+        }
+    } else {
+        blendSamples<T, Taps>(rows, w, 0, size, made);
+    }
+}
+
+// Interpolated rows, each in the slot of its number.
 template <class Taps>
 struct RowCache {
     std::ptrdiff_t held[Taps::kCount];
-    double rows[Taps::kCount * kTapPiece];
+    float rows[Taps::kCount * kTapPiece];
 };
 
 template <class T, class Taps>
-const double* cachedRow(const ZoomRun& run, const Columns<Taps>& columns, const std::uint8_t* src, std::ptrdiff_t index,
-                        RowCache<Taps>* cache) {
+const float* cachedRow(const ZoomRun& run, const Columns<Taps>& columns, const std::uint8_t* src, std::ptrdiff_t index,
+                       RowCache<Taps>* cache) {
     const std::ptrdiff_t row = std::clamp<std::ptrdiff_t>(index, 0, run.y.size - 1);
     const std::ptrdiff_t slot = row % Taps::kCount;
-    double* to = cache->rows + slot * kTapPiece;
+    float* to = cache->rows + slot * kTapPiece;
     if (cache->held[slot] == row) return to;
     prefetchTaps(sourceRow<T>(run, src, row + kTapsAhead), columns.taps);
     columnPass<T, Taps>(sourceRow<T>(run, src, row), columns, to);
@@ -246,7 +281,7 @@ void blendWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window&
     std::fill_n(cache.held, Taps::kCount, std::ptrdiff_t{-1});
     forRows<T>(run, window, columns.taps.pixels, dst, [&](double y, TapSamples<T>(&made)[1]) {
         const Tap tap = Taps::at(run.y, y);
-        const double* rows[Taps::kCount];
+        const float* rows[Taps::kCount];
         for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k)
             rows[k] = cachedRow<T, Taps>(run, columns, src, tap.first + k, &cache);
         blendRows<T, Taps>(rows, tap.share, columns.taps.samples(), made[0]);
@@ -269,13 +304,13 @@ void makeWindow(const ZoomRun& run, const Columns<Taps>& columns, const Window& 
 template <class T, class Taps>
 void makeRows(const ZoomRun& run) {
     Columns<Taps> columns;
-    const std::ptrdiff_t most = kTapPiece / run.nTogether;
+    const std::ptrdiff_t most = tapPixels(run.nTogether);
     Window window{0, 0, 0, run.y.start};
     for (; window.firstRow < run.height; window.firstRow += kTapBand) {
         window.rows = std::min(kTapBand, run.height - window.firstRow);
         double x = run.x.start;
         for (window.firstColumn = 0; window.firstColumn < run.width; window.firstColumn += most) {
-            x = placeColumns(run, x, std::min(most, run.width - window.firstColumn), &columns);
+            x = placeColumns<T>(run, x, std::min(most, run.width - window.firstColumn), &columns);
             makeWindow<T, Taps>(run, columns, window);
         }
         for (std::ptrdiff_t j = 0; j < window.rows; ++j) window.y += run.y.step;
