@@ -14,7 +14,7 @@
 #include "geometry/sampling.h"
 #include "geometry/taps.h"
 #include "geometry/zoom.h"
-#include "geometry/zoomlines.h"
+#include "geometry/zoomsingle.h"
 
 namespace zetpxl {
 
@@ -40,6 +40,7 @@ std::ptrdiff_t indexAt(double position) { return static_cast<std::ptrdiff_t>(pos
 struct NearestTaps {
     static constexpr std::ptrdiff_t kCount = 1;
     static constexpr std::ptrdiff_t kWeights = 0;
+    using Weight = float;
 
     static Tap at(const ZoomAxis& axis, double position) { return {indexAt(position) + axis.offset, 0}; }
 };
@@ -47,6 +48,7 @@ struct NearestTaps {
 struct LinearTaps {
     static constexpr std::ptrdiff_t kCount = 2;
     static constexpr std::ptrdiff_t kWeights = 1;
+    using Weight = float;
 
     static Tap at(const ZoomAxis& axis, double position) {
         const std::ptrdiff_t index = indexAt(position);
@@ -72,6 +74,7 @@ struct LinearTaps {
 struct CubicTaps {
     static constexpr std::ptrdiff_t kCount = 4;
     static constexpr std::ptrdiff_t kWeights = 3;
+    using Weight = double;  // numbers of single precision, as wide as the sums take them
     static constexpr double kThird = static_cast<double>(0x1.555556p-2f);
 
     static Tap at(const ZoomAxis& axis, double position) {
@@ -82,7 +85,8 @@ struct CubicTaps {
         if (whole == axis.size - 2) --index;
         return {index - 1 + axis.offset, position - static_cast<double>(index)};
     }
-    static void weigh(float share, float (&w)[kWeights]) {
+    // Not part of its callers: g++ 12 leaves the rounding out where it can widen two weights as one vector.
+    [[gnu::noinline]] static void weigh(float share, float (&w)[kWeights]) {
         const double t = static_cast<double>(share);
         const double u = t + 1;
         const double g = 0.5 * t * u;
@@ -91,28 +95,30 @@ struct CubicTaps {
         w[2] = static_cast<float>(g);
     }
     template <class V>
-    static double along(const V (&s)[kCount], const float (&w)[kWeights]) {
+    static double along(const V (&s)[kCount], const double (&w)[kWeights]) {
         const V d1 = s[1] - s[0];
         const V d2 = s[2] - s[1] - d1;
         const V d3 = s[3] - 2 * s[2] + s[1] - d2;
-        const double line = exactProductSum(single(d1), static_cast<double>(w[0]), static_cast<double>(s[0]));
-        const double bent = exactProductSum(static_cast<double>(w[1]), single(d3), line);
-        return exactProductSum(static_cast<double>(w[2]), single(d2), bent);
+        const double line = exactProductSum(single(d1), w[0], static_cast<double>(s[0]));
+        const double bent = exactProductSum(w[1], single(d3), line);
+        return exactProductSum(w[2], single(d2), bent);
     }
-    static double across(const double (&s)[kCount], const float (&w)[kWeights]) { return along(s, w); }
+    static double across(const double (&s)[kCount], const double (&w)[kWeights]) { return along(s, w); }
 };
 
 // Columns of a piece: their taps, and for each sample the weights.
 template <class Taps>
 struct Columns {
     TapColumns taps;
-    float weights[Taps::kWeights + 1][kTapPiece];
+    typename Taps::Weight weights[Taps::kWeights + 1][kTapPiece];
     bool single;  // single precision gives the same sums
 };
 
-// Only lines of whole samples are short enough.
+// Only lines of whole samples are short enough along x, and only bytes across.
 template <class T, class Taps>
-inline constexpr bool kMayBeSingle = kHasFused && std::is_integral_v<T> && Taps::kCount == 2;
+inline constexpr bool kSingleAlong = kHasFused && std::is_integral_v<T> && Taps::kCount == 2;
+template <class T>
+inline constexpr bool kSingleAcross = kHasFused && std::is_same_v<T, std::uint8_t>;
 
 template <class Taps>
 void weighPixel(const Tap& tap, std::ptrdiff_t nTogether, std::ptrdiff_t pixel, Columns<Taps>* columns) {
@@ -120,7 +126,7 @@ void weighPixel(const Tap& tap, std::ptrdiff_t nTogether, std::ptrdiff_t pixel, 
         float w[Taps::kWeights];
         Taps::weigh(static_cast<float>(tap.share), w);
         for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k)
-            std::fill_n(columns->weights[k] + pixel * nTogether, nTogether, w[k]);
+            std::fill_n(columns->weights[k] + pixel * nTogether, nTogether, static_cast<typename Taps::Weight>(w[k]));
     }
 }
 
@@ -136,7 +142,7 @@ double placeColumns(const ZoomRun& run, double x, std::ptrdiff_t pixels, Columns
         weighPixel(tap, run.nTogether, i, columns);
     }
     finishColumns<T>(Taps::kCount, taps);
-    if constexpr (kMayBeSingle<T, Taps>)
+    if constexpr (kSingleAlong<T, Taps>)
         columns->single = std::all_of(columns->weights[0], columns->weights[0] + taps->samples(), isExactWeight<T>);
     return x;
 }
@@ -203,11 +209,11 @@ void columnPass(const T* row, const Columns<Taps>& columns, float* __restrict to
     TapSamples<T> taps[Taps::kCount];
     gatherTaps(row, columns.taps, taps);
     const std::ptrdiff_t size = columns.taps.samples();
-    if constexpr (kMayBeSingle<T, Taps>)
+    if constexpr (kSingleAlong<T, Taps>)
         if (columns.single) return interpolateLines(taps[0], taps[1], columns.weights[0], size, to);
     for (std::ptrdiff_t i = 0; i < size; ++i) {
         TapValue<T> s[Taps::kCount];
-        float w[Taps::kWeights];
+        typename Taps::Weight w[Taps::kWeights];
         for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<TapValue<T>>(taps[k][i]);
         for (std::ptrdiff_t k = 0; k < Taps::kWeights; ++k) w[k] = columns.weights[k][i];
         to[i] = static_cast<float>(Taps::along(s, w));
@@ -229,25 +235,37 @@ T madeSample(double value) {
 template <class T, class Taps>
 void blendSamples(const float* const (&rows)[Taps::kCount], const float (&w)[Taps::kWeights], std::ptrdiff_t from,
                   std::ptrdiff_t to, T* __restrict made) {
+    typename Taps::Weight weights[Taps::kWeights];
+    std::copy_n(w, Taps::kWeights, weights);
     for (std::ptrdiff_t i = from; i < to; ++i) {
         double s[Taps::kCount];
         for (std::ptrdiff_t k = 0; k < Taps::kCount; ++k) s[k] = static_cast<double>(rows[k][i]);
-        made[i] = madeSample<T, Taps>(Taps::across(s, w));
+        made[i] = madeSample<T, Taps>(Taps::across(s, weights));
     }
 }
 
 // Samples that are made anew together when single precision does not tell one of them.
-constexpr std::ptrdiff_t kBlendPiece = 128;
+constexpr std::ptrdiff_t kBlendPiece = 64;
+
+bool blendSingle(const float* const (&rows)[2], const float (&w)[1], std::ptrdiff_t from, std::ptrdiff_t count,
+                 std::uint8_t* made) {
+    return blendLines(rows[0] + from, rows[1] + from, w[0], count, made + from);
+}
+
+bool blendSingle(const float* const (&rows)[4], const float (&w)[3], std::ptrdiff_t from, std::ptrdiff_t count,
+                 std::uint8_t* made) {
+    return blendCubics(rows[0] + from, rows[1] + from, rows[2] + from, rows[3] + from, w, count, made + from);
+}
 
 template <class T, class Taps>
 void blendRows(const float* const (&rows)[Taps::kCount], double share, std::ptrdiff_t size, T* __restrict made) {
     float w[Taps::kWeights];
     Taps::weigh(static_cast<float>(share), w);
-    if constexpr (kMayBeSingle<T, Taps> && std::is_same_v<T, std::uint8_t>) {
+    if constexpr (kSingleAcross<T>) {
+        const bool isBetween = share >= -kZoomTolerance && share <= 1;
         for (std::ptrdiff_t i = 0; i < size; i += kBlendPiece) {
             const std::ptrdiff_t count = std::min(kBlendPiece, size - i);
-            if (!blendLines(rows[0] + i, rows[1] + i, w[0], count, made + i))
-                blendSamples<T, Taps>(rows, w, i, i + count, made);
+            if (!isBetween || !blendSingle(rows, w, i, count, made)) blendSamples<T, Taps>(rows, w, i, i + count, made);
         }
     } else {
         blendSamples<T, Taps>(rows, w, 0, size, made);

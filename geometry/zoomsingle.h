@@ -1,7 +1,7 @@
-// Lines between whole samples in single precision, where that gives what double precision gives.
-//   zoomlines.1 along x the weighted step and its sum are rounded once, by fusing; in double precision they are exact, or too
-//               close to the sample to round elsewhere, so that rounding them to single precision gives the same
-//   zoomlines.2 between rows of bytes a result counts only where it cannot lie on the other side of a whole number
+// Lines and cubics in single precision, where that gives what double precision gives.
+//   single.1 along x the weighted step and its sum are rounded once, by fusing; in double precision they are exact, or too
+//            close to the sample to round elsewhere, so that rounding them to single precision gives the same
+//   single.2 between rows of bytes a result counts only where it cannot lie on the other side of a whole number
 #pragma once
 
 #include <algorithm>
@@ -50,6 +50,30 @@ inline bool blendLines(const float* __restrict upper, const float* __restrict lo
         const auto least = static_cast<std::int32_t>(value - (step == 0 ? 0.0f : kMargin));
         const auto most = static_cast<std::int32_t>(value + kMargin);
         differs |= least ^ most;
+        to[i] = static_cast<std::uint8_t>(least);
+    }
+    return differs == 0;
+}
+
+inline std::int32_t byteOf(float value) { return std::clamp(static_cast<std::int32_t>(value), 0, 255); }
+
+// The same for the weights of a cubic at 0 to 1. Rows of bytes lie below 2^9 on both sides of 0: the first differences are
+// rounded as ever, the second are off by 2^-12 at most, weighted by 1, the third by 2^-11, weighted by 1/15, and the three
+// sums by 2^-13 each.
+inline bool blendCubics(const float* __restrict r0, const float* __restrict r1, const float* __restrict r2,
+                        const float* __restrict r3, const float (&w)[3], std::ptrdiff_t count,
+                        std::uint8_t* __restrict to) {
+    constexpr float kMargin = 0x1p-10f;
+    const float w0 = w[0], w1 = w[1], w2 = w[2];
+    std::int32_t differs = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const float first = r1[i] - r0[i];
+        const float second = (r2[i] - r1[i]) - first;
+        const float third = (std::fma(-2.0f, r2[i], r3[i]) + r1[i]) - second;
+        const float value = std::fma(w2, second, std::fma(w1, third, std::fma(w0, first, r0[i])));
+        const bool isFlat = (first == 0) & (second == 0) & (third == 0);
+        const std::int32_t least = byteOf(value - (isFlat ? 0.0f : kMargin));
+        differs |= least ^ byteOf(value + kMargin);
         to[i] = static_cast<std::uint8_t>(least);
     }
     return differs == 0;
