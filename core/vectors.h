@@ -13,12 +13,31 @@ inline constexpr std::ptrdiff_t kFloatLanes = 8;
 // By reference: a level without such registers has no way to return one.
 inline void loadVector(const float* from, FloatVector* v) { std::memcpy(v, from, sizeof *v); }
 
+#ifdef __FMA__
+inline constexpr bool kHasFused = true;
+#else
+inline constexpr bool kHasFused = false;
+#endif
+
 // a * b + c, where the product is exact: fusing then rounds what is rounded anyway, the sum.
 inline double exactProductSum(double a, double b, double c) {
 #ifdef __FMA__
     return __builtin_fma(a, b, c);
 #else
     return a * b + c;
+#endif
+}
+
+// a / 3 rounded to nearest. The reciprocal is rounded to nearest, its product with `a` is less than a unit in the last place
+// off, and so the fused remainder gives the quotient itself (P. Markstein, "Computation of elementary functions on the IBM
+// RISC System/6000 processor", 1990).
+inline double thirdOf(double a) {
+#ifdef __FMA__
+    constexpr double reciprocal = 1.0 / 3.0;
+    const double near = a * reciprocal;
+    return __builtin_fma(__builtin_fma(-3.0, near, a), reciprocal, near);
+#else
+    return a / 3;
 #endif
 }
 

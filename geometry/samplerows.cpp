@@ -1,10 +1,15 @@
 //   samplerows.1 indices and shares first, then all taps side by side, then the arithmetic over whole vectors: the same products
 //                and sums, in the same order, as one position after another
-//   samplerows.2 taps that lie in the memory are taken as words where several share one; others one by one, brought back to the
+//   samplerows.2 bytes are made in single precision where their results do not lie so near a half that double precision could
+//                round them the other way
+//   samplerows.3 taps that lie in the memory are taken as words where several share one; others one by one, brought back to the
 //                edge
 #include "geometry/samplerows.h"
 
+#include <cmath>
 #include <cstring>
+
+#include "core/vectors.h"
 
 namespace zetpxl {
 
@@ -15,6 +20,15 @@ struct TapAxis {
     std::int32_t first[kPositions];
     double share[kPositions];
 };
+
+template <class T>
+inline constexpr bool kMayBeSingle = kHasFused && std::is_same_v<T, std::uint8_t>;
+
+using SingleShares = float[kPositions];
+
+void makeSingle(const double* __restrict from, std::ptrdiff_t count, float* __restrict to) {
+    for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = static_cast<float>(from[i]);
+}
 
 // Not part of its caller, where the compiler cannot tell the arrays apart.
 [[gnu::noinline]] void placeLines(const double* __restrict positions, std::ptrdiff_t count, std::int32_t last,
@@ -50,15 +64,18 @@ struct CubicWeights {
     double w[4][kPositions];
 };
 
+// A sixth is half of a third, exactly.
 void weighCubics(const TapAxis& axis, std::ptrdiff_t count, CubicWeights* weights) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const double t = axis.share[i];
         const double square = t * t;
         const double cube = square * t;
-        weights->w[0][i] = -cube / 6 + square / 2 - t / 3;
+        const double cubeSixth = thirdOf(cube) / 2;
+        const double third = thirdOf(t);
+        weights->w[0][i] = -cubeSixth + square / 2 - third;
         weights->w[1][i] = cube / 2 - square - t / 2 + 1;
         weights->w[2][i] = -cube / 2 + square / 2 + t;
-        weights->w[3][i] = cube / 6 - t / 6;
+        weights->w[3][i] = cubeSixth - third / 2;
     }
 }
 
@@ -73,13 +90,14 @@ struct TapBlock {
     static constexpr std::int32_t kColumns = Form == TapForm::RowWords ? 1 : Taps;
     Word words[std::size_t{Taps}][std::size_t{kColumns}][kPositions];
 
-    double at(std::int32_t row, std::int32_t column, std::int32_t channel, std::ptrdiff_t i) const {
+    template <class A>
+    A at(std::int32_t row, std::int32_t column, std::int32_t channel, std::ptrdiff_t i) const {
         if constexpr (Form == TapForm::Samples) {
-            return static_cast<double>(words[row][column][i]);
+            return static_cast<A>(words[row][column][i]);
         } else {
             const std::int32_t shift = 8 * (Form == TapForm::RowWords ? column : channel);
             const std::uint32_t word = words[row][Form == TapForm::RowWords ? 0 : column][i];
-            return static_cast<double>(static_cast<std::int32_t>((word >> shift) & 0xFF));
+            return static_cast<A>(static_cast<std::int32_t>((word >> shift) & 0xFF));
         }
     }
 };
@@ -188,14 +206,41 @@ template <TapForm Form, class T>
 void blendLines(const TapBlock<2, Form, T>& block, const TapAxis& xs, const TapAxis& ys, std::ptrdiff_t count,
                 std::int32_t channel, T* __restrict made) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const double a = block.at(0, 0, channel, i);
-        const double b = block.at(0, 1, channel, i);
-        const double c = block.at(1, 0, channel, i);
-        const double d = block.at(1, 1, channel, i);
+        const double a = block.template at<double>(0, 0, channel, i);
+        const double b = block.template at<double>(0, 1, channel, i);
+        const double c = block.template at<double>(1, 0, channel, i);
+        const double d = block.template at<double>(1, 1, channel, i);
         const double top = (b - a) * xs.share[i] + a;
         const double bottom = (d - c) * xs.share[i] + c;
         made[i] = roundedSample<T>(top + (bottom - top) * ys.share[i]);
     }
+}
+
+// The byte of a value that is off by less than the margin, from which half a margin goes to rounding; sets a bit of `differs`
+// where it could be another.
+std::uint8_t certainByte(float value, float margin, std::int32_t* differs) {
+    const std::int32_t least = std::clamp(static_cast<std::int32_t>(value + (0.5f - margin)), 0, 255);
+    const std::int32_t most = std::clamp(static_cast<std::int32_t>(value + (0.5f + margin)), 0, 255);
+    *differs |= least ^ most;
+    return static_cast<std::uint8_t>(least);
+}
+
+// blendLines in single precision; false when that cannot tell a byte. Shares are off by 2^-25, steps of lines below 2^8 so by
+// 2^-17, and each sum by 2^-17 more: at most 2^-14 together.
+template <TapForm Form>
+bool blendLinesSingle(const TapBlock<2, Form, std::uint8_t>& block, const SingleShares& xs, const SingleShares& ys,
+                      std::ptrdiff_t count, std::int32_t channel, std::uint8_t* __restrict made) {
+    std::int32_t differs = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const auto a = block.template at<float>(0, 0, channel, i);
+        const auto b = block.template at<float>(0, 1, channel, i);
+        const auto c = block.template at<float>(1, 0, channel, i);
+        const auto d = block.template at<float>(1, 1, channel, i);
+        const float top = std::fma(b - a, xs[i], a);
+        const float bottom = std::fma(d - c, xs[i], c);
+        made[i] = certainByte(std::fma(bottom - top, ys[i], top), 0x1p-13f, &differs);
+    }
+    return differs == 0;
 }
 
 template <class T>
@@ -215,24 +260,60 @@ void blendCubics(const TapBlock<4, Form, T>& block, const CubicWeights& xs, cons
         double value = 0;
         for (std::int32_t r = 0; r < 4; ++r) {
             double sum = 0;
-            for (std::int32_t c = 0; c < 4; ++c) sum += xs.w[c][i] * block.at(r, c, channel, i);
+            for (std::int32_t c = 0; c < 4; ++c) sum += xs.w[c][i] * block.template at<double>(r, c, channel, i);
             value += ys.w[r][i] * sum;
         }
         made[i] = limitedOf<T>(value);
     }
 }
 
+struct SingleWeights {
+    SingleShares w[4];
+};
+
+void makeSingle(const CubicWeights& from, std::ptrdiff_t count, SingleWeights* to) {
+    for (std::ptrdiff_t k = 0; k < 4; ++k) makeSingle(from.w[k], count, to->w[k]);
+}
+
+// blendCubics in single precision; false when that cannot tell a byte. Absolute weights add up to less than 1.64, also
+// beyond the middle of their samples. So sums along a row stay below 2^9, four roundings of 2^-16 and weights off by 2^-25
+// of themselves put them off by less than 2^-13.7; sums of rows stay below 2^10, and four roundings of 2^-15 more make less
+// than 2^-11.8 together, of which the limits take nothing back.
+template <TapForm Form>
+bool blendCubicsSingle(const TapBlock<4, Form, std::uint8_t>& block, const SingleWeights& xs, const SingleWeights& ys,
+                       std::ptrdiff_t count, std::int32_t channel, std::uint8_t* __restrict made) {
+    std::int32_t differs = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        float value = 0;
+        for (std::int32_t r = 0; r < 4; ++r) {
+            float sum = 0;
+            for (std::int32_t c = 0; c < 4; ++c)
+                sum = std::fma(xs.w[c][i], block.template at<float>(r, c, channel, i), sum);
+            value = std::fma(ys.w[r][i], sum, value);
+        }
+        made[i] = certainByte(value, 0x1p-11f, &differs);
+    }
+    return differs == 0;
+}
+
 // Both interpolations: the weights of the axes, and the blend of a channel.
 struct Lines {
     static constexpr std::int32_t kTaps = 2;
     TapAxis x, y;
+    SingleShares xSingle, ySingle;
 
+    template <class T>
     void place(const SampleSource& source, const PositionList& list) {
         placeLines(list.x, list.count, source.lastColumn, &x);
         placeLines(list.y, list.count, source.lastRow, &y);
+        if (!kMayBeSingle<T>) return;
+        makeSingle(x.share, list.count, xSingle);
+        makeSingle(y.share, list.count, ySingle);
     }
     template <TapForm Form, class T>
     void blend(const TapBlock<2, Form, T>& block, std::ptrdiff_t count, std::int32_t channel, T* made) const {
+        if constexpr (kMayBeSingle<T>)
+            if (blendLinesSingle(block, xSingle, ySingle, count, channel, made)) return;
         blendLines(block, x, y, count, channel, made);
     }
 };
@@ -241,15 +322,22 @@ struct Cubics {
     static constexpr std::int32_t kTaps = 4;
     TapAxis x, y;
     CubicWeights xWeights, yWeights;
+    SingleWeights xSingle, ySingle;
 
+    template <class T>
     void place(const SampleSource& source, const PositionList& list) {
         placeCubics(list.x, list.count, source.grid.lastColumn, &x);
         placeCubics(list.y, list.count, source.grid.lastRow, &y);
         weighCubics(x, list.count, &xWeights);
         weighCubics(y, list.count, &yWeights);
+        if (!kMayBeSingle<T>) return;
+        makeSingle(xWeights, list.count, &xSingle);
+        makeSingle(yWeights, list.count, &ySingle);
     }
     template <TapForm Form, class T>
     void blend(const TapBlock<4, Form, T>& block, std::ptrdiff_t count, std::int32_t channel, T* made) const {
+        if constexpr (kMayBeSingle<T>)
+            if (blendCubicsSingle(block, xSingle, ySingle, count, channel, made)) return;
         blendCubics(block, xWeights, yWeights, count, channel, made);
     }
 };
@@ -268,7 +356,7 @@ void makePixels(const SampleSource& source, const Rule& rule, const PositionList
 template <class Rule, class T>
 void samplePositions(const SampleSource& source, const PositionList& list, const SampleRow& to) {
     Rule rule;
-    rule.place(source, list);
+    rule.template place<T>(source, list);
     if constexpr (std::is_same_v<T, std::uint8_t>) {
         const SampleGrid& grid = source.grid;
         if (grid.pixelStep == 1) return makePixels<TapForm::RowWords, Rule, T>(source, rule, list, to);
@@ -278,19 +366,22 @@ void samplePositions(const SampleSource& source, const PositionList& list, const
     makePixels<TapForm::Samples, Rule, T>(source, rule, list, to);
 }
 
-// Where the nearest samples lie, from the grid's origin.
-[[gnu::noinline]] void findNearest(const SampleGrid& grid, const PositionList& list,
+// Where the nearest samples lie, from the grid's origin; true when there is a column behind each.
+[[gnu::noinline]] bool findNearest(const SampleGrid& grid, const PositionList& list,
                                    std::ptrdiff_t* __restrict offsets) {
     const auto rowStep = static_cast<std::int32_t>(grid.rowStep);
     const auto pixelStep = static_cast<std::int32_t>(grid.pixelStep);
     const std::int32_t lastColumn = grid.lastColumn;
     const std::int32_t lastRow = grid.lastRow;
     const std::ptrdiff_t count = list.count;
+    std::int32_t greatest = 0;
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         const std::int32_t x = std::min(std::max(static_cast<std::int32_t>(list.x[i] + 0.5), 0), lastColumn);
         const std::int32_t y = std::min(std::max(static_cast<std::int32_t>(list.y[i] + 0.5), 0), lastRow);
         offsets[i] = std::ptrdiff_t{y} * rowStep + std::ptrdiff_t{x} * pixelStep;
+        greatest = std::max(greatest, x);
     }
+    return greatest < lastColumn;
 }
 
 // Moves whole pixels.
@@ -307,14 +398,27 @@ void copyPixels(const std::uint8_t* origin, const std::ptrdiff_t* offsets, const
     for (std::ptrdiff_t i = 0; i < count; ++i) std::memcpy(to.row + list.column[i] * step, origin + offsets[i], Bytes);
 }
 
+// Moves pixels of three samples that lie side by side as words of four: what a word writes too much its neighbour mends.
+template <std::size_t Bytes>
+void copyThrees(const std::uint8_t* origin, const std::ptrdiff_t* offsets, const PositionList& list,
+                const SampleRow& to) {
+    constexpr auto kStep = static_cast<std::ptrdiff_t>(Bytes);
+    std::uint8_t* const pixels = to.row + list.column[0] * kStep;
+    const std::ptrdiff_t last = list.count - 1;
+    for (std::ptrdiff_t i = 0; i < last; ++i) std::memcpy(pixels + i * kStep, origin + offsets[i], Bytes / 3 * 4);
+    std::memcpy(pixels + last * kStep, origin + offsets[last], Bytes);
+}
+
 }  // namespace
 
 template <class T>
 void nearestPositions(const SampleSource& source, const PositionList& list, const SampleRow& to) {
     const SampleGrid& grid = source.grid;
     std::ptrdiff_t offsets[kPositions];
-    findNearest(grid, list, offsets);
+    const bool isInside = findNearest(grid, list, offsets);
     const bool together = grid.channelStep == sizeof(T) && to.channelStep == sizeof(T);
+    if (together && source.nProc == 3 && to.pixelStep == 3 * sizeof(T) && isInside && isDense(list))
+        return copyThrees<3 * sizeof(T)>(grid.origin, offsets, list, to);
     if (together && source.nProc == 3) return copyPixels<3 * sizeof(T)>(grid.origin, offsets, list, to);
     if (together && source.nProc == 4) return copyPixels<4 * sizeof(T)>(grid.origin, offsets, list, to);
     for (std::ptrdiff_t k = 0; k < source.nProc; ++k)

@@ -247,13 +247,13 @@ void blendSamples(const float* const (&rows)[Taps::kCount], const float (&w)[Tap
 // Samples that are made anew together when single precision does not tell one of them.
 constexpr std::ptrdiff_t kBlendPiece = 64;
 
-bool blendSingle(const float* const (&rows)[2], const float (&w)[1], std::ptrdiff_t from, std::ptrdiff_t count,
-                 std::uint8_t* made) {
+[[maybe_unused]] bool blendSingle(const float* const (&rows)[2], const float (&w)[1], std::ptrdiff_t from,
+                                  std::ptrdiff_t count, std::uint8_t* made) {
     return blendLines(rows[0] + from, rows[1] + from, w[0], count, made + from);
 }
 
-bool blendSingle(const float* const (&rows)[4], const float (&w)[3], std::ptrdiff_t from, std::ptrdiff_t count,
-                 std::uint8_t* made) {
+[[maybe_unused]] bool blendSingle(const float* const (&rows)[4], const float (&w)[3], std::ptrdiff_t from,
+                                  std::ptrdiff_t count, std::uint8_t* made) {
     return blendCubics(rows[0] + from, rows[1] + from, rows[2] + from, rows[3] + from, w, count, made + from);
 }
 

@@ -10,13 +10,9 @@
 #include <cstdint>
 #include <limits>
 
-namespace zetpxl {
+#include "core/vectors.h"
 
-#ifdef __FMA__
-inline constexpr bool kHasFused = true;
-#else
-inline constexpr bool kHasFused = false;
-#endif
+namespace zetpxl {
 
 // Of samples of n bits a step has n + 1 bits with its sign, a weight 24. From 2^(n-28) on, weighted steps reach down to
 // 2^(n-51) and sums up to 2^(n+1): 53 bits hold them. Below 2^-(26+n) a weighted step is less than half of a half of what a
