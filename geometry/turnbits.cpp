@@ -1,4 +1,4 @@
-//   turnbits.1 a half turn reverses rows: bytes by a table, then one run of bits
+//   turnbits.1 a half turn reverses rows: words at a time, then one run of bits
 //   turnbits.2 a quarter turn goes in squares of 8 by 8 bits, eight destination rows at a time (Warren, "Hacker's Delight", 2002,
 //              has the transposition in a word)
 #include "geometry/turnbits.h"
@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "core/region.h"
+#include "geometry/turncut.h"
 #include "pixel/bits.h"
 
 namespace zetpxl {
@@ -17,17 +18,16 @@ namespace zetpxl {
 namespace {
 
 // Destination pixels of a row that are put together at a time.
-constexpr std::ptrdiff_t kPieceBits = 512;
+constexpr std::ptrdiff_t kPieceBits = 4096;
 using PieceBytes = std::array<std::uint8_t, kPieceBits / 8 + 1>;
 
-constexpr std::array<std::uint8_t, 256> makeReversed() {
-    std::array<std::uint8_t, 256> table{};
-    for (std::size_t value = 0; value < 256; ++value)
-        for (std::size_t i = 0; i < 8; ++i)
-            if ((value >> i) & 1) table[value] = static_cast<std::uint8_t>(table[value] | (0x80 >> i));
-    return table;
+// Bits in reverse order, of a word as it lies in memory.
+std::uint64_t reversed(std::uint64_t word) {
+    word = ((word >> 1) & 0x5555555555555555) | ((word & 0x5555555555555555) << 1);
+    word = ((word >> 2) & 0x3333333333333333) | ((word & 0x3333333333333333) << 2);
+    word = ((word >> 4) & 0x0F0F0F0F0F0F0F0F) | ((word & 0x0F0F0F0F0F0F0F0F) << 4);
+    return __builtin_bswap64(word);
 }
-constexpr auto reversed = makeReversed();
 
 std::uint8_t* rowOf(const ZetImage* image, std::ptrdiff_t y) { return pixelData(image) + y * image->widthStep; }
 
@@ -35,10 +35,17 @@ std::uint8_t* rowOf(const ZetImage* image, std::ptrdiff_t y) { return pixelData(
 void copyReversed(const std::uint8_t* src, std::ptrdiff_t last, std::ptrdiff_t count, std::uint8_t* dst,
                   std::ptrdiff_t dstBit) {
     PieceBytes bytes;
-    const std::ptrdiff_t lastByte = last >> 3;
-    const std::ptrdiff_t firstByte = (last - count + 1) >> 3;
-    for (std::ptrdiff_t i = 0; i <= lastByte - firstByte; ++i)
-        bytes[static_cast<std::size_t>(i)] = reversed[src[lastByte - i]];
+    const std::uint8_t* lastByte = src + (last >> 3);
+    const std::ptrdiff_t length = (last >> 3) - ((last - count + 1) >> 3) + 1;
+    std::ptrdiff_t i = 0;
+    for (; i + 8 <= length; i += 8) {
+        std::uint64_t word;
+        std::memcpy(&word, lastByte - i - 7, sizeof word);
+        word = reversed(word);
+        std::memcpy(bytes.data() + i, &word, sizeof word);
+    }
+    for (; i < length; ++i)
+        bytes[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(reversed(lastByte[-i]) >> 56);
     ownCopyBits(bytes.data(), dst, 7 - (last & 7), dstBit, count);
 }
 
@@ -58,7 +65,7 @@ using TileRows = std::array<TileRow, kTileBits>;
 using TileBand = std::array<TileRow, 64>;
 
 // A quarter turn, with the source's columns from left to right whichever way the destination's rows then go.
-struct QuarterRun {
+struct BitRun {
     const std::uint8_t* src;  // the row of the destination's first column
     std::ptrdiff_t srcStep;   // bytes to the row of the next
     std::ptrdiff_t srcBit;    // the first column
@@ -69,28 +76,16 @@ struct QuarterRun {
     std::ptrdiff_t height;
 };
 
-// The bits of a row that a tile has of it.
-struct TileCut {
-    std::ptrdiff_t start;  // the tile's first bit, which may lie left of the row
-    std::ptrdiff_t from;   // those of its bits that are turned
-    std::ptrdiff_t to;
-};
-
-TileCut firstCut(const std::uint8_t* row, std::ptrdiff_t bit, std::ptrdiff_t count) {
-    const auto intoLine = static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(row) % (kTileBits / 8));
-    const std::ptrdiff_t from = (8 * intoLine + bit) % kTileBits;
-    return {bit - from, from, std::min(kTileBits, from + count)};
+// The few bits of a small image need no lines.
+TurnCut firstTile(const std::uint8_t* row, std::ptrdiff_t bit, std::ptrdiff_t count) {
+    const auto intoLine = static_cast<std::ptrdiff_t>(reinterpret_cast<std::uintptr_t>(row) % kLineBytes);
+    const std::ptrdiff_t into = bit % 8 + count <= kTileBits ? bit % 8 : (8 * intoLine + bit) % kTileBits;
+    return firstCut(bit, count, into, kTileBits);
 }
 
-void moveCut(std::ptrdiff_t end, TileCut* cut) {
-    cut->start += kTileBits;
-    cut->from = 0;
-    cut->to = std::min(kTileBits, end - cut->start);
-}
-
-void loadRow(const std::uint8_t* row, const TileCut& columns, TileRow* words) {
+void loadRow(const std::uint8_t* row, const TurnCut& columns, TileRow* words) {
     const std::ptrdiff_t start = columns.start / 8;
-    if (columns.from == 0 && columns.to == kTileBits) {
+    if (isWhole(columns, kTileBits)) {
         std::memcpy(words, row + start, sizeof *words);
         __builtin_prefetch(row + start + kTileBits / 8);
         return;
@@ -132,7 +127,7 @@ void turnSquares(TileBand* band) {
 }
 
 // Word `at` of each destination row from a band of 64 source rows.
-void turnBand(const QuarterRun& run, const TileCut& columns, const TileCut& rows, std::size_t at, TileRows* out) {
+void turnBand(const BitRun& run, const TurnCut& columns, const TurnCut& rows, std::size_t at, TileRows* out) {
     TileBand band;
     const auto first = static_cast<std::ptrdiff_t>(64 * at);
     const std::ptrdiff_t before = rows.start - run.dstBit;
@@ -148,15 +143,15 @@ void turnBand(const QuarterRun& run, const TileCut& columns, const TileCut& rows
         for (std::size_t j = 0; j < 64; ++j) (*out)[64 * k + j][at] = band[j ^ kLeftmost][k];
 }
 
-void storeRow(const TileRow& words, const TileCut& rows, std::uint8_t* row) {
+void storeRow(const TileRow& words, const TurnCut& rows, std::uint8_t* row) {
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(words.data());
-    if (rows.from == 0 && rows.to == kTileBits)
+    if (isWhole(rows, kTileBits))
         std::memcpy(row + rows.start / 8, bytes, sizeof words);
     else
         ownCopyBits(bytes, row, rows.from, rows.start + rows.from, rows.to - rows.from);
 }
 
-void turnTile(const QuarterRun& run, const TileCut& columns, const TileCut& rows) {
+void turnTile(const BitRun& run, const TurnCut& columns, const TurnCut& rows) {
     alignas(64) TileRows out;
     for (std::ptrdiff_t at = rows.from / 64; at <= (rows.to - 1) / 64; ++at)
         turnBand(run, columns, rows, static_cast<std::size_t>(at), &out);
@@ -165,16 +160,16 @@ void turnTile(const QuarterRun& run, const TileCut& columns, const TileCut& rows
         storeRow(out[static_cast<std::size_t>(i)], rows, row);
 }
 
-void turnQuarter(const QuarterRun& run) {
+void turnQuarter(const BitRun& run) {
     const std::ptrdiff_t right = run.srcBit + run.height;
     const std::ptrdiff_t end = run.dstBit + run.width;
-    for (TileCut rows = firstCut(run.dst, run.dstBit, run.width); rows.start < end; moveCut(end, &rows))
-        for (TileCut columns = firstCut(run.src, run.srcBit, run.height); columns.start < right;
-             moveCut(right, &columns))
+    for (TurnCut rows = firstTile(run.dst, run.dstBit, run.width); rows.start < end; moveCut(end, kTileBits, &rows))
+        for (TurnCut columns = firstTile(run.src, run.srcBit, run.height); columns.start < right;
+             moveCut(right, kTileBits, &columns))
             turnTile(run, columns, rows);
 }
 
-QuarterRun quarterRun(const ZetImage* src, const ZetImage* dst, const TurnArea& a, bool isLeft) {
+BitRun bitRun(const ZetImage* src, const ZetImage* dst, const TurnArea& a, bool isLeft) {
     const std::ptrdiff_t last = a.height - 1;
     if (isLeft)
         return {rowOf(src, a.sy),
@@ -193,7 +188,7 @@ QuarterRun quarterRun(const ZetImage* src, const ZetImage* dst, const TurnArea& 
 
 void turnBits(const ZetImage* src, const ZetImage* dst, const TurnArea& area, std::int32_t turn) {
     if (turn == 180) return turnHalf(src, dst, area);
-    turnQuarter(quarterRun(src, dst, area, turn == 90));
+    turnQuarter(bitRun(src, dst, area, turn == 90));
 }
 
 }  // namespace zetpxl
