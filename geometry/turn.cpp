@@ -80,6 +80,31 @@ void reverseRows(const TurnRun& run) {
     }
 }
 
+// Whether any order of bytes is one instruction; the compiler moves them one by one where it is not.
+#ifdef __SSSE3__
+constexpr bool hasByteShuffle = true;
+#else
+constexpr bool hasByteShuffle = false;
+#endif
+
+// Pixels of three bytes in reverse order, `from` being the last. Five go at a time, with a byte of the pixel before them that
+// comes to lie on the pixel behind them, and is replaced by it.
+void reverseTriples(const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t count) {
+    using Vector [[gnu::vector_size(16)]] = std::uint8_t;
+    for (; count > 5; count -= 5, from -= 15, to += 15) {
+        Vector v;
+        std::memcpy(&v, from - 13, sizeof v);
+        v = __builtin_shufflevector(v, v, 13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, 0);
+        std::memcpy(to, &v, sizeof v);
+    }
+    for (; count > 0; --count, from -= 3, to += 3) std::memcpy(to, from, 3);
+}
+
+void reverseTripleRows(const TurnRun& run) {
+    for (std::ptrdiff_t y = 0; y < run.height; ++y)
+        reverseTriples(run.src + y * run.srcDown, run.dst + y * run.dstRowStep, run.width);
+}
+
 template <class T, std::size_t Bytes>
 void turnPixelsOf(const TurnRun& run) {
     // A half turn goes along rows on both sides.
@@ -105,6 +130,8 @@ void turnSamples(const TurnRun& run) {
     constexpr auto bytes = static_cast<std::ptrdiff_t>(sizeof(T));
     if (turnDense(run, bytes * run.group)) return;
     if (run.group == 1 && run.dstPixelStep == bytes && run.srcRight == -bytes) return reverseRows<T>(run);
+    if (hasByteShuffle && run.group * bytes == 3 && run.dstPixelStep == 3 && run.srcRight == -3)
+        return reverseTripleRows(run);
     if (run.group == 1) return turnPixelsOf<T, sizeof(T)>(run);
     if (run.group == 3) return turnPixelsOf<T, 3 * sizeof(T)>(run);
     if (run.group == 4) return turnPixelsOf<T, 4 * sizeof(T)>(run);

@@ -1,6 +1,6 @@
 //   turnbits.1 a half turn reverses rows: words at a time, then one run of bits
-//   turnbits.2 a quarter turn goes in squares of 8 by 8 bits, eight destination rows at a time (Warren, "Hacker's Delight", 2002,
-//              has the transposition in a word)
+//   turnbits.2 a quarter turn goes in tiles of 512 by 512 bits, each line of the cache read once, and in those by squares of 64 by
+//              64 (Warren, "Hacker's Delight", 2002, has the transposition by halves)
 #include "geometry/turnbits.h"
 
 #include <algorithm>
@@ -107,9 +107,9 @@ void exchange(std::uint64_t* upper, std::uint64_t* lower, int bits) {
 }
 
 // Exchanges three bits of a word's number with the same three of a bit's number in the word, for words `Step` apart.
-template <int Step>
+template <int Step, std::size_t Words>
 void turnEight(TileRow* rows) {
-    for (std::size_t k = 0; k < kTileWords; ++k) {
+    for (std::size_t k = 0; k < Words; ++k) {
         std::uint64_t a = rows[0][k], b = rows[Step][k], c = rows[2 * Step][k], d = rows[3 * Step][k];
         std::uint64_t e = rows[4 * Step][k], f = rows[5 * Step][k], g = rows[6 * Step][k], h = rows[7 * Step][k];
         exchange(&a, &e, 4 * Step), exchange(&b, &f, 4 * Step), exchange(&c, &g, 4 * Step), exchange(&d, &h, 4 * Step);
@@ -120,10 +120,11 @@ void turnEight(TileRow* rows) {
     }
 }
 
-// Turns eight squares of 64 by 64 bits side by side, each by halves, quarters and so on of the square.
+// Turns squares of 64 by 64 bits side by side, each by halves, quarters and so on of the square.
+template <std::size_t Words>
 void turnSquares(TileBand* band) {
-    for (std::size_t i = 0; i < 8; ++i) turnEight<8>(band->data() + i);
-    for (std::size_t i = 0; i < 64; i += 8) turnEight<1>(band->data() + i);
+    for (std::size_t i = 0; i < 8; ++i) turnEight<8, Words>(band->data() + i);
+    for (std::size_t i = 0; i < 64; i += 8) turnEight<1, Words>(band->data() + i);
 }
 
 // Word `at` of each destination row from a band of 64 source rows.
@@ -138,8 +139,9 @@ void turnBand(const BitRun& run, const TurnCut& columns, const TurnCut& rows, st
         else
             loadRow(run.src + (before + i) * run.srcStep, columns, row);
     }
-    turnSquares(&band);
-    for (std::size_t k = 0; k < kTileWords; ++k)
+    const auto words = static_cast<std::size_t>((columns.to + 63) / 64);
+    words == 1 ? turnSquares<1>(&band) : turnSquares<kTileWords>(&band);
+    for (std::size_t k = 0; k < words; ++k)
         for (std::size_t j = 0; j < 64; ++j) (*out)[64 * k + j][at] = band[j ^ kLeftmost][k];
 }
 

@@ -159,9 +159,9 @@ TurnCut firstBlock(const std::uint8_t* pixel, std::ptrdiff_t count) {
 template <std::size_t Bytes>
 void turnBlocks(const QuarterRun& run) {
     constexpr std::ptrdiff_t side = kSide<Bytes>;
+    const TurnCut left = firstBlock<Bytes>(run.src, run.height);
     for (TurnCut rows = firstBlock<Bytes>(run.dst, run.width); rows.start < run.width; moveCut(run.width, side, &rows))
-        for (TurnCut columns = firstBlock<Bytes>(run.src, run.height); columns.start < run.height;
-             moveCut(run.height, side, &columns)) {
+        for (TurnCut columns = left; columns.start < run.height; moveCut(run.height, side, &columns)) {
             if (isWhole(columns, side) && isWhole(rows, side))
                 turnWholeBlock<Bytes>(run, columns, rows);
             else
