@@ -82,7 +82,8 @@ std::int32_t drawTurnedSide(Random& random, std::uint32_t depth) {
 
 ImageShape drawTurnedShape(Random& random) {
     ImageShape shape = drawShape(random, {.tiles = false});
-    if (shape.depth & ZET_DEPTH_SIGN) shape.depth = random.pick({ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_32F});
+    if (shape.depth & ZET_DEPTH_SIGN)
+        shape.depth = random.pick({ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_32F});
     if (shape.depth == ZET_DEPTH_1U) shape.nChannels = 1, shape.alphaChannel = 0;
     shape.width = drawTurnedSide(random, shape.depth);
     shape.height = drawTurnedSide(random, shape.depth);
