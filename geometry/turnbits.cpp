@@ -153,13 +153,18 @@ void storeRow(const TileRow& words, const TurnCut& rows, std::uint8_t* row) {
         ownCopyBits(bytes, row, rows.from, rows.start + rows.from, rows.to - rows.from);
 }
 
+// Stores the tile's rows, and tells the cache of those of the next, which is below it.
 void turnTile(const BitRun& run, const TurnCut& columns, const TurnCut& rows) {
     alignas(64) TileRows out;
     for (std::ptrdiff_t at = rows.from / 64; at <= (rows.to - 1) / 64; ++at)
         turnBand(run, columns, rows, static_cast<std::size_t>(at), &out);
     std::uint8_t* row = run.dst + (columns.start + columns.from - run.srcBit) * run.dstStep;
-    for (std::ptrdiff_t i = columns.from; i < columns.to; ++i, row += run.dstStep)
+    const bool isLast = columns.start + kTileBits >= run.srcBit + run.height;
+    const std::ptrdiff_t ahead = (isLast ? 0 : kTileBits * run.dstStep) + (rows.start + rows.from) / 8;
+    for (std::ptrdiff_t i = columns.from; i < columns.to; ++i, row += run.dstStep) {
+        __builtin_prefetch(row + ahead, 1);
         storeRow(out[static_cast<std::size_t>(i)], rows, row);
+    }
 }
 
 void turnQuarter(const BitRun& run) {
