@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -12,6 +11,7 @@
 #include "core/depth.h"
 #include "core/region.h"
 #include "geometry/turnbits.h"
+#include "geometry/turnquarter.h"
 #include "geometry/warp.h"
 
 namespace zetpxl {
@@ -54,47 +54,6 @@ void turnBlock(const TurnRun& run, std::int32_t x0, std::int32_t y0, std::int32_
     }
 }
 
-// Exchanges the parts of two rows of a square that lie across its diagonal.
-void swapParts(std::uint64_t* upper, std::uint64_t* lower, int bits, std::uint64_t mask) {
-    const std::uint64_t parts = ((*upper >> bits) ^ *lower) & mask;
-    *upper ^= parts << bits;
-    *lower ^= parts;
-}
-
-// Turns 8 columns of 8 bytes into 8 rows, by halves, quarters and eighths of the square (Hacker's Delight, chapter 7).
-void transposeSquare(std::uint64_t (&rows)[8]) {
-    for (int i = 0; i < 4; ++i) swapParts(&rows[i], &rows[i + 4], 32, 0x00000000FFFFFFFF);
-    for (int i : {0, 1, 4, 5}) swapParts(&rows[i], &rows[i + 2], 16, 0x0000FFFF0000FFFF);
-    for (int i : {0, 2, 4, 6}) swapParts(&rows[i], &rows[i + 1], 8, 0x00FF00FF00FF00FF);
-}
-
-// A quarter turn of 8 by 8 bytes: along a column of the destination the source's bytes are neighbours, in one order or the
-// other.
-void turnSquare(const TurnRun& run, const std::uint8_t* from, std::uint8_t* to) {
-    std::uint64_t rows[8];
-    const bool backward = run.srcDown < 0;
-    for (std::ptrdiff_t x = 0; x < 8; ++x) {
-        std::memcpy(&rows[x], from + x * run.srcRight + (backward ? -7 : 0), 8);
-        if (backward) rows[x] = __builtin_bswap64(rows[x]);
-    }
-    transposeSquare(rows);
-    for (std::ptrdiff_t y = 0; y < 8; ++y) std::memcpy(to + y * run.dstRowStep, &rows[y], 8);
-}
-
-// The squares that fit a block, then what is left right of and below them.
-void turnBytes(const TurnRun& run, std::int32_t x0, std::int32_t y0, std::int32_t width, std::int32_t height) {
-    const std::int32_t squaresX = width & ~7;
-    const std::int32_t squaresY = height & ~7;
-    for (std::ptrdiff_t y = y0; y < std::ptrdiff_t{y0} + squaresY; y += 8)
-        for (std::ptrdiff_t x = x0; x < std::ptrdiff_t{x0} + squaresX; x += 8)
-            turnSquare(run, run.src + x * run.srcRight + y * run.srcDown, run.dst + x + y * run.dstRowStep);
-    turnBlock<std::uint8_t, 1>(run, x0 + squaresX, y0, width - squaresX, squaresY);
-    turnBlock<std::uint8_t, 1>(run, x0, y0 + squaresY, width, height - squaresY);
-}
-
-// The first of a word's bytes is its least.
-constexpr bool isLittle = std::endian::native == std::endian::little;
-
 // Samples in reverse order, `from` being the last.
 template <class T>
 void reverseSamples(const T* from, T* to, std::ptrdiff_t count) {
@@ -121,6 +80,31 @@ void reverseRows(const TurnRun& run) {
     }
 }
 
+// Whether any order of bytes is one instruction; the compiler moves them one by one where it is not.
+#ifdef __SSSE3__
+constexpr bool hasByteShuffle = true;
+#else
+constexpr bool hasByteShuffle = false;
+#endif
+
+// Pixels of three bytes in reverse order, `from` being the last. Five go at a time, with a byte of the pixel before them that
+// comes to lie on the pixel behind them, and is replaced by it.
+void reverseTriples(const std::uint8_t* from, std::uint8_t* to, std::ptrdiff_t count) {
+    using Vector [[gnu::vector_size(16)]] = std::uint8_t;
+    for (; count > 5; count -= 5, from -= 15, to += 15) {
+        Vector v;
+        std::memcpy(&v, from - 13, sizeof v);
+        v = __builtin_shufflevector(v, v, 13, 14, 15, 10, 11, 12, 7, 8, 9, 4, 5, 6, 1, 2, 3, 0);
+        std::memcpy(to, &v, sizeof v);
+    }
+    for (; count > 0; --count, from -= 3, to += 3) std::memcpy(to, from, 3);
+}
+
+void reverseTripleRows(const TurnRun& run) {
+    for (std::ptrdiff_t y = 0; y < run.height; ++y)
+        reverseTriples(run.src + y * run.srcDown, run.dst + y * run.dstRowStep, run.width);
+}
+
 template <class T, std::size_t Bytes>
 void turnPixelsOf(const TurnRun& run) {
     // A half turn goes along rows on both sides.
@@ -130,19 +114,24 @@ void turnPixelsOf(const TurnRun& run) {
             turnBlock<T, Bytes>(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
 }
 
-void turnByteSquares(const TurnRun& run) {
-    for (std::int32_t y = 0; y < run.height; y += kBlock)
-        for (std::int32_t x = 0; x < run.width; x += kBlock)
-            turnBytes(run, x, y, std::min(kBlock, run.width - x), std::min(kBlock, run.height - y));
+// A quarter turn of pixels side by side on both sides; false where it is none.
+bool turnDense(const TurnRun& run, std::ptrdiff_t pixelBytes) {
+    if (run.dstPixelStep != pixelBytes || std::abs(run.srcDown) != pixelBytes) return false;
+    const QuarterRoutine turn = quarterRoutine(pixelBytes);
+    if (!turn) return false;
+    const std::ptrdiff_t last = run.srcDown < 0 ? run.height - 1 : 0;
+    turn({run.src + last * run.srcDown, run.srcRight, run.dst + last * run.dstRowStep,
+          last > 0 ? -run.dstRowStep : run.dstRowStep, run.width, run.height});
+    return true;
 }
 
 template <class T>
 void turnSamples(const TurnRun& run) {
     constexpr auto bytes = static_cast<std::ptrdiff_t>(sizeof(T));
-    if (run.group == 1 && run.dstPixelStep == bytes) {
-        if (run.srcRight == -bytes) return reverseRows<T>(run);
-        if (bytes == 1 && (run.srcDown == 1 || run.srcDown == -1) && isLittle) return turnByteSquares(run);
-    }
+    if (turnDense(run, bytes * run.group)) return;
+    if (run.group == 1 && run.dstPixelStep == bytes && run.srcRight == -bytes) return reverseRows<T>(run);
+    if (hasByteShuffle && run.group * bytes == 3 && run.dstPixelStep == 3 && run.srcRight == -3)
+        return reverseTripleRows(run);
     if (run.group == 1) return turnPixelsOf<T, sizeof(T)>(run);
     if (run.group == 3) return turnPixelsOf<T, 3 * sizeof(T)>(run);
     if (run.group == 4) return turnPixelsOf<T, 4 * sizeof(T)>(run);

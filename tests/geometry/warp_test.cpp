@@ -72,6 +72,60 @@ Call drawRotate(Scene& scene, Random& random) {
             [=](Model& model) { return modelRotate(model, src, dst, numbers, mode), ""; }};
 }
 
+// About the lengths of the blocks that turns go in, and of two or three of them.
+std::int32_t drawTurnedSide(Random& random, std::uint32_t depth) {
+    const std::int32_t beside = random.oneIn(2) ? 0 : random.between(-9, 9);
+    if (depth == ZET_DEPTH_1U && random.oneIn(3)) return random.pick({512, 1024}) + beside;
+    if (random.oneIn(4)) return random.between(1, 24);
+    return std::max(1, random.pick({8, 16, 32, 64, 64, 96, 128}) + beside);
+}
+
+ImageShape drawTurnedShape(Random& random) {
+    ImageShape shape = drawShape(random, {.tiles = false});
+    if (shape.depth & ZET_DEPTH_SIGN)
+        shape.depth = random.pick({ZET_DEPTH_1U, ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_32F});
+    if (shape.depth == ZET_DEPTH_1U) shape.nChannels = 1, shape.alphaChannel = 0;
+    shape.width = drawTurnedSide(random, shape.depth);
+    shape.height = drawTurnedSide(random, shape.depth);
+    if (shape.width > 500 && shape.height > 500 && !random.oneIn(4)) shape.height %= 100;
+    shape.height = std::max(shape.height, 1);
+    if (random.oneIn(5)) shape.width = shape.height = 64;  // nothing but whole blocks
+    return shape;
+}
+
+// Shifts that put the turned source onto the destination, up to a few pixels.
+Shift drawCover(const ZetImage& src, const ZetImage& dst, std::int32_t turn, Random& random) {
+    const Area from = modelRegion(src);
+    const Area to = modelRegion(dst);
+    const std::int32_t left = turn == 90 ? from.y : turn == 180 ? 1 - from.x - from.width : 1 - from.y - from.height;
+    const std::int32_t top = turn == 90 ? 1 - from.x - from.width : turn == 180 ? 1 - from.y - from.height : from.x;
+    const std::int32_t most = random.oneIn(2) ? 0 : 9;
+    return {static_cast<double>(to.x - left + random.between(-most, most)),
+            static_cast<double>(to.y - top + random.between(-most, most))};
+}
+
+Call drawExactTurn(Scene& scene, Random& random) {
+    const std::int32_t turn = random.pick({90, 180, 270});
+    ImageShape shape = drawTurnedShape(random);
+    if (random.oneIn(3)) shape.roi = drawRegion(shape, random);
+    TestImage& from = scene.add("src", shape, random, drawValues(random));
+    if (turn != 180) std::swap(shape.width, shape.height);
+    shape.width += random.below(9);
+    shape.height += random.below(9);
+    if (random.oneIn(4)) shape.extraStep = random.below(9);
+    shape.roi.reset();
+    if (random.oneIn(2)) shape.roi = drawRegion(shape, random);
+    TestImage& to = scene.add("dst", shape, random, drawValues(random));
+    putRight(from, to);
+    widen(from, to);
+    ZetImage* src = &from.record;
+    ZetImage* dst = &to.record;
+    const Shift shift = drawCover(*src, *dst, turn, random);
+    const std::array<double, 3> numbers{static_cast<double>(turn), shift.x, shift.y};
+    return {textOf(numbers), [=] { return zetRotate(src, dst, numbers[0], numbers[1], numbers[2], 0), ""; },
+            [=](Model& model) { return modelRotate(model, src, dst, numbers, 0), ""; }};
+}
+
 Call drawShear(Scene& scene, Random& random) {
     const Filtered images = drawWarpImages(scene, random);
     ZetImage* src = &images.src->record;
@@ -92,6 +146,7 @@ constexpr DifferentialRules kAnyNaN{.compare = {.nanEqual = true}};
 
 TEST(Warp, AgreesWithTheModel) { compareWithModel(&drawWarp, kAnyNaN); }
 TEST(Warp, RotateAgreesWithTheModel) { compareWithModel(&drawRotate, kAnyNaN); }
+TEST(Warp, ExactTurnsAgreeWithTheModel) { compareWithModel(&drawExactTurn, kAnyNaN); }
 TEST(Warp, ShearAgreesWithTheModel) { compareWithModel(&drawShear, kAnyNaN); }
 
 TEST(Warp, FailCleanlyAtEveryStep) {
