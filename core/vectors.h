@@ -13,7 +13,7 @@ inline constexpr std::ptrdiff_t kFloatLanes = 8;
 // By reference: a level without such registers has no way to return one.
 inline void loadVector(const float* from, FloatVector* v) { std::memcpy(v, from, sizeof *v); }
 
-// a * b + c, where the product and the sum are exact.
+// a * b + c, where the product is exact: the sum is rounded once, fused or not.
 inline double exactSum(double a, double b, double c) {
 #ifdef __FMA__
     return __builtin_fma(a, b, c);

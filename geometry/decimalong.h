@@ -35,12 +35,12 @@ inline double cellSum(const AreaCell& cell, const float* sums, std::ptrdiff_t st
     float sum = 0;
     std::int32_t i = 0;
     if (cell.begin >= 0) {
-        sum = static_cast<float>(static_cast<double>(*at) * cell.begin);
+        sum = *at * cell.begin;
         ++i;
     }
     for (; i < cell.last; ++i) sum += at[i * step];
     if (cell.end < 0) return static_cast<double>(sum);
-    return static_cast<double>(sum) + static_cast<double>(at[cell.last * step]) * cell.end;
+    return exactSum(static_cast<double>(at[cell.last * step]), static_cast<double>(cell.end), static_cast<double>(sum));
 }
 
 // Means one by one, of cells of any length.
@@ -68,7 +68,6 @@ constexpr std::ptrdiff_t cellSpare(std::ptrdiff_t pixelStep) { return kCellReach
 
 // The cells of a row, once for each sample of their pixels and up to a whole piece: their first sum, counted from the first
 // of the group.
-template <class Share>
 struct ShortCells {
     std::ptrdiff_t size;
     std::int32_t mostSamples, mostWhole;
@@ -76,32 +75,30 @@ struct ShortCells {
     std::int32_t farthest;
     Block<std::ptrdiff_t> origins;  // of groups
     Block<std::int32_t> places;     // first ones; then lasts; then those that are crossing, or -1
-    Block<Share> shares;            // begins, then ends
+    Block<float> shares;            // begins, then ends
 
     std::ptrdiff_t padded() const { return (size + kCellPiece - 1) / kCellPiece * kCellPiece; }
 };
 
-template <class Share>
-void placeCell(const AreaCell& cell, std::ptrdiff_t i, ShortCells<Share>* cells) {
+inline void placeCell(const AreaCell& cell, std::ptrdiff_t i, ShortCells* cells) {
     const std::ptrdiff_t padded = cells->padded();
     std::int32_t* places = cells->places.get() + i;
-    Share* shares = cells->shares.get() + i;
+    float* shares = cells->shares.get() + i;
     places[padded] = cell.last;
     places[2 * padded] = cell.end < 0 ? -1 : cell.last;
-    shares[0] = static_cast<Share>(cell.begin);
-    shares[padded] = static_cast<Share>(cell.end);
+    shares[0] = cell.begin;
+    shares[padded] = cell.end;
     cells->mostWhole = std::max(cells->mostWhole, cell.last);
     if (cell.end >= 0) cells->fewest = std::min(cells->fewest, cell.last);
 }
 
 // False when memory cannot be had.
-template <class Share>
-bool planShortCells(const AreaCells& plan, const SumRow& row, ShortCells<Share>* cells) {
+inline bool planShortCells(const AreaCells& plan, const SumRow& row, ShortCells* cells) {
     *cells = {plan.count * row.together, std::max(plan.mostSamples, 1), 0, plan.mostSamples, 0, {}, {}, {}};
     const std::ptrdiff_t padded = cells->padded();
     cells->origins = allocBlock<std::ptrdiff_t>(padded / kCellLanes);
     cells->places = allocBlock<std::int32_t>(3 * padded);
-    cells->shares = allocBlock<Share>(2 * padded);
+    cells->shares = allocBlock<float>(2 * padded);
     if (!cells->origins || !cells->places || !cells->shares) return false;
     std::ptrdiff_t origin = 0;
     for (std::ptrdiff_t i = 0; i < padded; ++i) {
@@ -196,14 +193,13 @@ struct CellSums {
 // Loops of their own for each step: the compiler makes jumps, not vectors, of more than one choice in a loop. All cells take
 // as many steps as the longest: a step too many adds -0, which changes no number. A tail of +0 is one of -0 after the product
 // with a share below 0.
-template <class Share>
-[[gnu::noinline]] void sumCells(const ShortCells<Share>& cells, std::ptrdiff_t from, const CellSamples& samples,
-                                CellSums* __restrict made) {
-    const Share* begin = cells.shares.get() + from;
+[[gnu::noinline]] inline void sumCells(const ShortCells& cells, std::ptrdiff_t from, const CellSamples& samples,
+                                       CellSums* __restrict made) {
+    const float* begin = cells.shares.get() + from;
     const std::int32_t* last = cells.places.get() + cells.padded() + from;
     const std::int32_t* crossing = last + cells.padded();
     for (std::ptrdiff_t k = 0; k < kCellPiece; ++k) {
-        const auto share = static_cast<float>(static_cast<Share>(samples[0][k]) * begin[k]);
+        const float share = samples[0][k] * begin[k];
         made->sum[k] = begin[k] < 0 ? samples[0][k] + 0.0f : share;
     }
     for (std::int32_t i = 1; i < cells.mostWhole; ++i)
@@ -214,14 +210,13 @@ template <class Share>
             made->tail[k] = i == crossing[k] ? samples[i][k] : made->tail[k];
 }
 
-template <class Share, class T>
-[[gnu::noinline]] void meanCells(const CellSums& made, const Share* end, double inverse, T* __restrict values) {
+template <class T>
+[[gnu::noinline]] void meanCells(const CellSums& made, const float* end, double inverse, T* __restrict values) {
     for (std::ptrdiff_t k = 0; k < kCellPiece; ++k) {
         const auto sum = static_cast<double>(made.sum[k]);
         const auto tail = static_cast<double>(made.tail[k]);
         const auto share = static_cast<double>(end[k]);
-        const double whole = std::is_same_v<Share, float> ? exactSum(tail, share, sum) : sum + tail * share;
-        values[k] = areaSample<T>(whole * inverse);
+        values[k] = areaSample<T>(exactSum(tail, share, sum) * inverse);
     }
 }
 
@@ -231,12 +226,12 @@ void storeSamples(const T* values, std::ptrdiff_t from, std::ptrdiff_t count, co
         dst[i / row.together * row.dstPixelStep + i % row.together] = *values++;
 }
 
-template <class Share, class T>
-void putShortCells(const ShortCells<Share>& cells, const SumRow& row, T* dst) {
+template <class T>
+void putShortCells(const ShortCells& cells, const SumRow& row, T* dst) {
     CellSamples samples;
     CellSums sums;
     T values[kCellPiece];
-    const Share* end = cells.shares.get() + cells.padded();
+    const float* end = cells.shares.get() + cells.padded();
     const bool inOrder = row.dstPixelStep == row.together;
     for (std::ptrdiff_t from = 0; from < cells.size; from += kCellPiece) {
         const std::ptrdiff_t count = std::min(kCellPiece, cells.size - from);

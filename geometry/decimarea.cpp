@@ -1,6 +1,6 @@
 // Decimation by averaging the area that a destination pixel covers.
 //   area.1 sums are single precision: source rows are added up cell by cell, then the sums of a row of cells along x
-//   area.2 a sample that crosses a cell's edge is shared by two cells; its product with the share is double precision
+//   area.2 a sample that crosses an edge is shared by two cells; its product with the share is added before it is rounded
 //   area.3 the divisor is the cell's full area, also where the source ends inside the cell
 //   area.4 of source pixels with samples that are not wanted all between the first wanted and the last are summed, in one run
 #include <algorithm>
@@ -27,33 +27,32 @@ struct AreaRun {
 };
 
 // Makes the rows of one pass from the first source row and column that they touch.
-template <class Share, class T, class Put>
+template <class T, class Put>
 void areaPass(const AreaRun& run, const T* src, T* dst, Put put) {
     const AreaSource<T> source{src, run.block->srcRowStep, run.size};
     for (std::ptrdiff_t j = 0; j < run.nRows; ++j, dst += run.block->dstRowStep) {
-        sumCellRows<Share>(source, j < run.rows.count ? run.rows.cells[j] : kEmptyCell, run.sums);
+        sumCellRows(source, j < run.rows.count ? run.rows.cells[j] : kEmptyCell, run.sums);
         put(dst);
     }
 }
 
-template <class Share, class T, class Put>
+template <class T, class Put>
 void areaPasses(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t firstSample, Put put) {
     for (std::ptrdiff_t pass = 0; pass < shape.passes; ++pass)
-        areaPass<Share>(run,
-                        reinterpret_cast<const T*>(run.block->src) + firstSample + pass * run.block->srcChannelStep,
-                        reinterpret_cast<T*>(run.block->dst) + pass * run.block->dstChannelStep, put);
+        areaPass(run, reinterpret_cast<const T*>(run.block->src) + firstSample + pass * run.block->srcChannelStep,
+                 reinterpret_cast<T*>(run.block->dst) + pass * run.block->dstChannelStep, put);
 }
 
 // False when memory cannot be had.
-template <class Share, class T>
+template <class T>
 bool makeCells(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t firstSample) {
     if (run.columns.mostSamples > kMostShort) {
-        areaPasses<Share, T>(run, shape, firstSample, [&run](T* dst) { putLongCells(run.columns, run.row, dst); });
+        areaPasses<T>(run, shape, firstSample, [&run](T* dst) { putLongCells(run.columns, run.row, dst); });
         return true;
     }
-    ShortCells<Share> cells{};
+    ShortCells cells{};
     if (!planShortCells(run.columns, run.row, &cells)) return false;
-    areaPasses<Share, T>(run, shape, firstSample, [&run, &cells](T* dst) { putShortCells(cells, run.row, dst); });
+    areaPasses<T>(run, shape, firstSample, [&run, &cells](T* dst) { putShortCells(cells, run.row, dst); });
     return true;
 }
 
@@ -79,8 +78,8 @@ bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
     if (!sums || !cells) return false;
     std::fill_n(sums.get(), room, 0.0f);
     AreaRun run{&block,
-                {cells.get(), 0, 0, false},
-                {cells.get() + shape.rows, 0, 0, false},
+                {cells.get(), 0, 0},
+                {cells.get() + shape.rows, 0, 0},
                 shape.rows,
                 size,
                 sums.get(),
@@ -89,8 +88,7 @@ bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
     planCells(block.yPos, block.yStep, nRows, shape.rows, &run.rows);
     planCells(block.xPos, block.xStep, nColumns, shape.columns, &run.columns);
     const std::ptrdiff_t firstSample = r0 * block.srcRowStep + c0 * block.srcPixelStep;
-    return run.rows.singleShares && run.columns.singleShares ? makeCells<float, T>(run, shape, firstSample)
-                                                             : makeCells<double, T>(run, shape, firstSample);
+    return makeCells<T>(run, shape, firstSample);
 }
 
 }  // namespace

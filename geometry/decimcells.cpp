@@ -1,7 +1,7 @@
 // Cutting an axis into cells.
 //   cells.1 edges within the tolerance of a sample's edge are that edge
-//   cells.2 edges are multiples of the step's last bit, 2^-23 or more, unless the position has bits below: most plans have
-//           shares of 24 bits
+//   cells.2 steps are 1 or more in single precision and positions sums of them and whole numbers, rounded to that: both are
+//           multiples of 2^-23. So are edges and shares, and shares, which are below 2, are exact in single precision
 #include "geometry/decimcells.h"
 
 #include <algorithm>
@@ -54,25 +54,14 @@ AreaStep nextSample(AreaAxis* axis) {
     return step;
 }
 
-// Sums of so many samples times such shares are exact in double precision, for samples of 16 bits.
-constexpr std::int32_t kMostSingleSamples = 4096;
-
-bool isSingleShare(double share) {
-    const double grains = share * 0x1p24;
-    return grains == std::trunc(grains) && share <= 1;
-}
-
 void surveyCells(AreaCells* plan) {
     plan->mostSamples = 0;
-    plan->singleShares = true;
     for (std::ptrdiff_t k = 0; k < plan->count; ++k) {
         AreaCell& cell = plan->cells[k];
         // One crossing sample alone begins its cell.
         if (cell.last == 0 && cell.end >= 0) cell = {cell.first, 1, cell.end, kNoCrossing};
         plan->mostSamples = std::max(plan->mostSamples, cell.samples());
-        plan->singleShares = plan->singleShares && isSingleShare(cell.begin) && isSingleShare(cell.end);
     }
-    plan->singleShares = plan->singleShares && plan->mostSamples <= kMostSingleSamples;
 }
 
 }  // namespace
@@ -80,16 +69,16 @@ void surveyCells(AreaCells* plan) {
 void planCells(float position, float step, std::ptrdiff_t nSamples, std::ptrdiff_t most, AreaCells* plan) {
     AreaAxis axis = startAxis(position, step);
     std::ptrdiff_t k = 0;
-    const auto open = [plan](std::ptrdiff_t cell, std::ptrdiff_t sample, double share) {
+    const auto open = [plan](std::ptrdiff_t cell, std::ptrdiff_t sample, float share) {
         plan->cells[cell] = {static_cast<std::int32_t>(sample), share >= 0, share, kNoCrossing};
     };
     open(0, 0, kNoCrossing);
     for (std::ptrdiff_t sample = 0; sample < nSamples; ++sample) {
         const AreaStep next = nextSample(&axis);
         if (!next.crosses) ++plan->cells[k].last;
-        if (next.crosses && next.closes) plan->cells[k].end = next.before;
+        if (next.crosses && next.closes) plan->cells[k].end = static_cast<float>(next.before);
         if (next.closes && ++k == most) break;
-        if (next.crosses) open(k, sample, next.after);
+        if (next.crosses) open(k, sample, static_cast<float>(next.after));
         if (!next.crosses && next.closes) open(k, sample + 1, kNoCrossing);
     }
     plan->count = std::min(k + 1, most);

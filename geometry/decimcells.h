@@ -11,20 +11,19 @@ namespace zetpxl {
 struct AreaCell {
     std::int32_t first;
     std::int32_t last;  // samples from the first to a crossing last one, or to the one behind the last
-    double begin;       // the first sample's share; below 0 when it is whole
-    double end;         // the crossing last one's share; below 0 when there is none
+    float begin;        // the first sample's share; below 0 when it is whole
+    float end;          // the crossing last one's share; below 0 when there is none
 
     std::int32_t samples() const { return last + (end >= 0); }
 };
 
-inline constexpr double kNoCrossing = -1;
+inline constexpr float kNoCrossing = -1;
 inline constexpr AreaCell kEmptyCell{0, 0, kNoCrossing, kNoCrossing};
 
 struct AreaCells {
     AreaCell* cells;
     std::ptrdiff_t count;
     std::int32_t mostSamples;  // of a cell
-    bool singleShares;         // shares are whole multiples of 2^-24: single precision holds them
 };
 
 // Cuts `nSamples` of an axis into at most `most` cells, from a position among the first sample.

@@ -3,8 +3,8 @@
 //          added in double precision when it ends one
 //   down.2 a product of a sample and a share of single precision is exact in double precision: its rounding is that of the
 //          single precision product
-//   down.3 samples that are whole numbers, times shares that are multiples of 2^-24, have sums that double precision holds, so
-//          that fusing the last product with its sum rounds once where the longer way rounds once too
+//   down.3 whole samples of 16 bits and shares that are multiples of 2^-24 have sums, of a few rows, that double precision
+//           holds: fusing the last product with its sum rounds once, as the longer way does
 #pragma once
 
 #include <algorithm>
@@ -25,38 +25,38 @@ struct AreaSource {
 };
 
 // Shares of a cell's outer rows. A whole first row is added to +0, which tells of -0; any other to -0, which changes nothing.
-template <class Share>
 struct RowShares {
-    Share begin, end;
-    float base;
+    float begin, end, base;
 };
 
-template <class T, class Share>
-float endSum(float sum, T sample, Share share) {
+template <class T>
+float endSum(float sum, T sample, float share) {
+    return static_cast<float>(
+        exactSum(static_cast<double>(sample), static_cast<double>(share), static_cast<double>(sum)));
+}
+
+// Of a cell of few rows.
+template <class T>
+float endShortSum(float sum, T sample, float share) {
 #ifdef __FMA__
-    if constexpr (!std::is_same_v<T, float> && std::is_same_v<Share, float>)
-        return __builtin_fmaf(static_cast<float>(sample), share, sum);
+    if constexpr (!std::is_same_v<T, float>) return __builtin_fmaf(static_cast<float>(sample), share, sum);
 #endif
-    const auto value = static_cast<double>(sample);
-    if constexpr (std::is_same_v<Share, float>)
-        return static_cast<float>(exactSum(value, static_cast<double>(share), static_cast<double>(sum)));
-    else
-        return static_cast<float>(static_cast<double>(sum) + value * share);
+    return endSum(sum, sample, share);
 }
 
 // The first row, `Plain` whole ones and, if it is crossing, the last.
-template <std::ptrdiff_t Plain, bool End, class T, class Share>
-[[gnu::noinline]] void beginSums(const AreaSource<T>& source, const RowShares<Share>& shares, float* __restrict sums) {
+template <std::ptrdiff_t Plain, bool End, class T>
+[[gnu::noinline]] void beginSums(const AreaSource<T>& source, const RowShares& shares, float* __restrict sums) {
     const T* const rows = source.samples;
     const std::ptrdiff_t step = source.rowStep;
     const std::ptrdiff_t size = source.size;
-    const RowShares<Share> by = shares;
+    const RowShares by = shares;
     for (std::ptrdiff_t i = 0; i < size; ++i) {
-        auto sum = static_cast<float>(static_cast<Share>(rows[i]) * by.begin);
+        float sum = static_cast<float>(rows[i]) * by.begin;
         if constexpr (std::is_same_v<T, float>) sum += by.base;
         if constexpr (Plain > 0) sum += static_cast<float>(rows[step + i]);
         if constexpr (Plain > 1) sum += static_cast<float>(rows[2 * step + i]);
-        if constexpr (End) sum = endSum(sum, rows[(Plain + 1) * step + i], by.end);
+        if constexpr (End) sum = endShortSum(sum, rows[(Plain + 1) * step + i], by.end);
         sums[i] = sum;
     }
 }
@@ -66,26 +66,26 @@ template <class T>
     for (std::ptrdiff_t i = 0; i < size; ++i) sums[i] += static_cast<float>(row[i]);
 }
 
-template <class T, class Share>
-[[gnu::noinline]] void endRow(const T* row, Share share, std::ptrdiff_t size, float* __restrict sums) {
+template <class T>
+[[gnu::noinline]] void endRow(const T* row, float share, std::ptrdiff_t size, float* __restrict sums) {
     for (std::ptrdiff_t i = 0; i < size; ++i) sums[i] = endSum(sums[i], row[i], share);
 }
 
 constexpr std::int32_t kMostPlain = 2;
 
-template <class T, class Share>
-using BeginSums = void (*)(const AreaSource<T>&, const RowShares<Share>&, float*);
+template <class T>
+using BeginSums = void (*)(const AreaSource<T>&, const RowShares&, float*);
 
 // By the number of whole rows and whether a crossing one ends them.
-template <class T, class Share>
-inline constexpr std::array<std::array<BeginSums<T, Share>, 2>, kMostPlain + 1> kBeginSums{{
-    {&beginSums<0, false, T, Share>, &beginSums<0, true, T, Share>},
-    {&beginSums<1, false, T, Share>, &beginSums<1, true, T, Share>},
-    {&beginSums<2, false, T, Share>, &beginSums<2, true, T, Share>},
+template <class T>
+inline constexpr std::array<std::array<BeginSums<T>, 2>, kMostPlain + 1> kBeginSums{{
+    {&beginSums<0, false, T>, &beginSums<0, true, T>},
+    {&beginSums<1, false, T>, &beginSums<1, true, T>},
+    {&beginSums<2, false, T>, &beginSums<2, true, T>},
 }};
 
 // The sums of one cell's rows.
-template <class Share, class T>
+template <class T>
 void sumCellRows(const AreaSource<T>& source, const AreaCell& cell, float* sums) {
     if (cell.samples() == 0) {
         std::fill_n(sums, source.size, 0.0f);
@@ -93,12 +93,11 @@ void sumCellRows(const AreaSource<T>& source, const AreaCell& cell, float* sums)
     }
     const bool whole = cell.begin < 0;
     const bool ends = cell.end >= 0;
-    const RowShares<Share> shares{whole ? Share{1} : static_cast<Share>(cell.begin), static_cast<Share>(cell.end),
-                                  whole ? 0.0f : -0.0f};
+    const RowShares shares{whole ? 1 : cell.begin, cell.end, whole ? 0.0f : -0.0f};
     const AreaSource<T> rows{source.samples + cell.first * source.rowStep, source.rowStep, source.size};
     const std::int32_t plain = cell.last - 1;
-    if (plain <= kMostPlain) return kBeginSums<T, Share>[static_cast<std::size_t>(plain)][ends](rows, shares, sums);
-    kBeginSums<T, Share>[kMostPlain][0](rows, shares, sums);
+    if (plain <= kMostPlain) return kBeginSums<T>[static_cast<std::size_t>(plain)][ends](rows, shares, sums);
+    kBeginSums<T>[kMostPlain][0](rows, shares, sums);
     for (std::int32_t r = kMostPlain + 1; r < cell.last; ++r) addRow(rows.samples + r * rows.rowStep, rows.size, sums);
     if (ends) endRow(rows.samples + cell.last * rows.rowStep, shares.end, rows.size, sums);
 }
