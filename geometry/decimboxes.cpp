@@ -54,13 +54,21 @@ Sum emptySum(bool first) {
     return 0;
 }
 
+template <std::ptrdiff_t Rows, class T, class Sum>
+void beginDown(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t size, Sum empty, Sum* __restrict sums) {
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        Sum sum = empty;
+        for (std::ptrdiff_t r = 0; r < Rows; ++r) sum = static_cast<Sum>(sum + static_cast<Sum>(src[r * rowStep + i]));
+        sums[i] = sum;
+    }
+}
+
 template <class T, class Sum>
 void sumDown(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t rows, std::ptrdiff_t size, Sum empty,
              Sum* __restrict sums) {
-    const T* second = src + rowStep;
-    for (std::ptrdiff_t i = 0; i < size; ++i)
-        sums[i] = static_cast<Sum>(static_cast<Sum>(empty + static_cast<Sum>(src[i])) + static_cast<Sum>(second[i]));
-    for (std::ptrdiff_t r = 2; r < rows; ++r) {
+    if (rows == 2) return beginDown<2>(src, rowStep, size, empty, sums);
+    beginDown<3>(src, rowStep, size, empty, sums);
+    for (std::ptrdiff_t r = 3; r < rows; ++r) {
         const T* row = src + r * rowStep;
         for (std::ptrdiff_t i = 0; i < size; ++i) sums[i] = static_cast<Sum>(sums[i] + static_cast<Sum>(row[i]));
     }
