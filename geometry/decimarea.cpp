@@ -24,6 +24,7 @@ struct AreaRun {
     std::ptrdiff_t size;   // of a row of sums
     float* sums;
     SumRow row;
+    std::ptrdiff_t firstSample;  // of a pass
 };
 
 // Makes the rows of one pass from the first source row and column that they touch.
@@ -37,22 +38,22 @@ void areaPass(const AreaRun& run, const T* src, T* dst, Put put) {
 }
 
 template <class T, class Put>
-void areaPasses(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t firstSample, Put put) {
+void areaPasses(const AreaRun& run, const DecimateShape& shape, Put put) {
     for (std::ptrdiff_t pass = 0; pass < shape.passes; ++pass)
-        areaPass(run, reinterpret_cast<const T*>(run.block->src) + firstSample + pass * run.block->srcChannelStep,
+        areaPass(run, reinterpret_cast<const T*>(run.block->src) + run.firstSample + pass * run.block->srcChannelStep,
                  reinterpret_cast<T*>(run.block->dst) + pass * run.block->dstChannelStep, put);
 }
 
 // False when memory cannot be had.
 template <class T>
-bool makeCells(const AreaRun& run, const DecimateShape& shape, std::ptrdiff_t firstSample) {
+bool makeCells(const AreaRun& run, const DecimateShape& shape) {
     if (run.columns.mostSamples > kMostShort) {
-        areaPasses<T>(run, shape, firstSample, [&run](T* dst) { putLongCells(run.columns, run.row, dst); });
+        areaPasses<T>(run, shape, [&run](T* dst) { putLongCells(run.columns, run.row, dst); });
         return true;
     }
     ShortCells cells{};
     if (!planShortCells(run.columns, run.row, &cells)) return false;
-    areaPasses<T>(run, shape, firstSample, [&run, &cells](T* dst) { putShortCells(cells, run.row, dst); });
+    areaPasses<T>(run, shape, [&run, &cells](T* dst) { putShortCells(cells, run.row, dst); });
     return true;
 }
 
@@ -77,18 +78,18 @@ bool makeAreas(const DecimateBlock& block, const DecimateShape& shape) {
     const Block<AreaCell> cells = allocBlock<AreaCell>(shape.columns + shape.rows);
     if (!sums || !cells) return false;
     std::fill_n(sums.get(), room, 0.0f);
+    const double inverse = 1 / (static_cast<double>(block.yStep) * static_cast<double>(block.xStep));
     AreaRun run{&block,
                 {cells.get(), 0, 0},
                 {cells.get() + shape.rows, 0, 0},
                 shape.rows,
                 size,
                 sums.get(),
-                {sums.get(), shape.nTogether, block.srcPixelStep, block.dstPixelStep,
-                 1 / (static_cast<double>(block.yStep) * static_cast<double>(block.xStep))}};
+                {sums.get(), shape.nTogether, block.srcPixelStep, block.dstPixelStep, inverse},
+                r0 * block.srcRowStep + c0 * block.srcPixelStep};
     planCells(block.yPos, block.yStep, nRows, shape.rows, &run.rows);
     planCells(block.xPos, block.xStep, nColumns, shape.columns, &run.columns);
-    const std::ptrdiff_t firstSample = r0 * block.srcRowStep + c0 * block.srcPixelStep;
-    return makeCells<T>(run, shape, firstSample);
+    return makeCells<T>(run, shape);
 }
 
 }  // namespace
