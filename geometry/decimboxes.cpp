@@ -2,6 +2,8 @@
 //   boxes.1 sums of whole samples below 2^24 are exact in single precision, so integers in any order give the same
 //   boxes.2 float samples are summed down each column, then along the row, as everywhere: the sums of a box that is not at the
 //           block's left or upper edge begin with +0, which a box of -0 shows
+//   boxes.3 an odd area has no mean halfway between two numbers, and none so near to it that the double precision quotient
+//           would miss it: division of integers gives the same
 #include "geometry/decimboxes.h"
 
 #include <algorithm>
@@ -10,6 +12,7 @@
 #include <cstring>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 namespace zetpxl {
 
@@ -17,7 +20,7 @@ namespace {
 
 // Samples of column sums that are held at a time.
 constexpr std::ptrdiff_t kBoxPiece = 2048;
-constexpr std::ptrdiff_t kBoxSlack = 4;  // that a word may reach behind the last
+constexpr std::ptrdiff_t kBoxSlack = 128;  // that vectors may reach behind the last
 
 template <class T>
 struct BoxSums;
@@ -51,13 +54,21 @@ Sum emptySum(bool first) {
     return 0;
 }
 
+template <std::ptrdiff_t Rows, class T, class Sum>
+void beginDown(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t size, Sum empty, Sum* __restrict sums) {
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        Sum sum = empty;
+        for (std::ptrdiff_t r = 0; r < Rows; ++r) sum = static_cast<Sum>(sum + static_cast<Sum>(src[r * rowStep + i]));
+        sums[i] = sum;
+    }
+}
+
 template <class T, class Sum>
 void sumDown(const T* src, std::ptrdiff_t rowStep, std::ptrdiff_t rows, std::ptrdiff_t size, Sum empty,
              Sum* __restrict sums) {
-    const T* second = src + rowStep;
-    for (std::ptrdiff_t i = 0; i < size; ++i)
-        sums[i] = static_cast<Sum>(static_cast<Sum>(empty + static_cast<Sum>(src[i])) + static_cast<Sum>(second[i]));
-    for (std::ptrdiff_t r = 2; r < rows; ++r) {
+    if (rows == 2) return beginDown<2>(src, rowStep, size, empty, sums);
+    beginDown<3>(src, rowStep, size, empty, sums);
+    for (std::ptrdiff_t r = 3; r < rows; ++r) {
         const T* row = src + r * rowStep;
         for (std::ptrdiff_t i = 0; i < size; ++i) sums[i] = static_cast<Sum>(sums[i] + static_cast<Sum>(row[i]));
     }
@@ -100,10 +111,81 @@ void sumPixelWords(const std::uint16_t* sums, const BoxGrid& grid, std::ptrdiff_
     }
 }
 
+#ifdef __AVX2__
+
+#ifdef __AVX512BW__
+constexpr std::ptrdiff_t kWordLanes = 32;
+#else
+constexpr std::ptrdiff_t kWordLanes = 16;
+#endif
+using Words [[gnu::vector_size(2 * kWordLanes)]] = std::uint16_t;
+
+// The word that begins sample `i` of the boxes, of two vectors, then of those picked and a third.
+template <std::ptrdiff_t Columns, std::ptrdiff_t Together>
+constexpr int boxWord(std::size_t i) {
+    const auto sample = static_cast<std::ptrdiff_t>(i);
+    return static_cast<int>(sample / Together * Together * Columns + sample % Together);
+}
+
+constexpr int firstPick(int word) { return word < 2 * kWordLanes ? word : 0; }
+
+constexpr int secondPick(int word, std::size_t i) {
+    return word < 2 * kWordLanes ? static_cast<int>(i) : word - static_cast<int>(kWordLanes);
+}
+
+// Sums along the row from every word on.
+template <std::ptrdiff_t Columns, std::ptrdiff_t Together>
+void sumWords(const std::uint16_t* sums, Words* made) {
+    *made = Words{};
+    for (std::ptrdiff_t i = 0; i < Columns; ++i) {
+        Words words;
+        std::memcpy(&words, sums + Together * i, sizeof words);
+        *made += words;
+    }
+}
+
+// As many boxes as a vector holds: those of the sums that begin a box are picked.
+template <std::ptrdiff_t Columns, std::ptrdiff_t Together, std::size_t... I>
+void pickBoxes(const std::uint16_t* sums, std::index_sequence<I...>, Words* boxes) {
+    Words low, high;
+    sumWords<Columns, Together>(sums, &low);
+    sumWords<Columns, Together>(sums + kWordLanes, &high);
+    *boxes = __builtin_shufflevector(low, high, firstPick(boxWord<Columns, Together>(I))...);
+    if constexpr (Columns == 3) {
+        sumWords<Columns, Together>(sums + 2 * kWordLanes, &high);
+        *boxes = __builtin_shufflevector(*boxes, high, secondPick(boxWord<Columns, Together>(I), I)...);
+    }
+}
+
+template <std::ptrdiff_t Columns, std::ptrdiff_t Together>
+[[gnu::noinline]] void sumWordBoxes(const std::uint16_t* sums, std::ptrdiff_t count, std::uint16_t* __restrict boxes) {
+    for (std::ptrdiff_t k = 0; k < count; k += kWordLanes / Together) {
+        Words made;
+        pickBoxes<Columns, Together>(sums + k * Columns * Together, std::make_index_sequence<kWordLanes>{}, &made);
+        std::memcpy(boxes + k * Together, &made, sizeof made);
+    }
+}
+
+// False when such boxes have no shuffle.
+bool shuffleBoxes(const std::uint16_t* sums, const BoxGrid& grid, std::ptrdiff_t count, std::uint16_t* boxes) {
+    if (grid.columns == 2 && grid.together == 3) return sumWordBoxes<2, 3>(sums, count, boxes), true;
+    if (grid.columns == 3 && grid.together == 3) return sumWordBoxes<3, 3>(sums, count, boxes), true;
+    if (grid.columns == 3 && grid.together == 1) return sumWordBoxes<3, 1>(sums, count, boxes), true;
+    return false;
+}
+
+#else
+
+bool shuffleBoxes(const std::uint16_t*, const BoxGrid&, std::ptrdiff_t, std::uint16_t*) { return false; }
+
+#endif
+
 template <class Sum, class Box>
 void sumBoxes(const Sum* sums, const BoxGrid& grid, std::ptrdiff_t count, Box* boxes) {
-    if constexpr (std::is_same_v<Sum, std::uint16_t>)
+    if constexpr (std::is_same_v<Sum, std::uint16_t>) {
+        if (shuffleBoxes(sums, grid, count, boxes)) return;
         if (grid.together == 3 || grid.together == 4) return sumPixelWords(sums, grid, count, boxes);
+    }
     if (grid.together == 1 && grid.columns == 2) return sumAlong<2>(sums, count, boxes);
     if (grid.together == 1 && grid.columns == 3) return sumAlong<3>(sums, count, boxes);
     if (grid.together == 1 && grid.columns == 4) return sumAlong<4>(sums, count, boxes);
@@ -121,6 +203,42 @@ void sumEdgeBox(const Sum* sums, const BoxGrid& grid, Box* boxes) {
     }
 }
 
+// Division of a box's sum, and half the area, by an odd area: a product with the quotient of 2^(16 + shift) and the area,
+// rounded up. 0 stands for an area whose largest sum would show the rounding.
+struct BoxDivision {
+    std::uint16_t factor;
+    std::int32_t shift;
+};
+
+BoxDivision divisionBy(std::uint32_t area) {
+    const auto shift = static_cast<std::int32_t>(std::bit_width(area)) - 1;
+    const std::uint64_t whole = std::uint64_t{1} << (16 + shift);
+    const std::uint64_t factor = whole / area + 1;
+    const std::uint64_t largest = std::uint64_t{255} * area + area / 2;
+    const bool exact = area % 2 == 1 && largest < 65536 && largest * (factor * area - whole) < whole;
+    return {static_cast<std::uint16_t>(exact ? factor : 0), shift};
+}
+
+[[gnu::noinline]] void divideBoxes(const std::uint16_t* boxes, std::uint32_t area, const BoxDivision& division,
+                                   std::ptrdiff_t size, std::uint8_t* __restrict to) {
+    const auto half = static_cast<std::uint16_t>(area / 2);
+    const std::uint32_t factor = division.factor;
+    const std::int32_t shift = division.shift;
+    for (std::ptrdiff_t i = 0; i < size; ++i) {
+        const auto sum = static_cast<std::uint16_t>(boxes[i] + half);
+        const auto high = static_cast<std::uint16_t>((sum * factor) >> 16);
+        to[i] = static_cast<std::uint8_t>(high >> shift);
+    }
+}
+
+// Whole numbers by a power of two. A sum and half the area are within the sum's type.
+template <class T, class Box>
+void shiftBoxes(const Box* boxes, std::uint32_t area, std::ptrdiff_t size, T* __restrict to) {
+    const int shift = std::countr_zero(area);
+    const auto half = static_cast<Box>(area / 2);
+    for (std::ptrdiff_t i = 0; i < size; ++i) to[i] = static_cast<T>(static_cast<Box>(boxes[i] + half) >> shift);
+}
+
 template <class T, class Box>
 void putBoxes(const Box* boxes, const BoxGrid& grid, std::ptrdiff_t size, T* __restrict to) {
     const double inverse = grid.inverse;
@@ -128,15 +246,27 @@ void putBoxes(const Box* boxes, const BoxGrid& grid, std::ptrdiff_t size, T* __r
         for (std::ptrdiff_t i = 0; i < size; ++i) to[i] = static_cast<float>(static_cast<double>(boxes[i]) * inverse);
     } else {
         const auto area = static_cast<std::uint32_t>(grid.columns * grid.rows);
-        if (std::has_single_bit(area)) {
-            const int shift = std::countr_zero(area);
-            for (std::ptrdiff_t i = 0; i < size; ++i)
-                to[i] = static_cast<T>((static_cast<std::uint32_t>(boxes[i]) + area / 2) >> shift);
-            return;
-        }
+        if (std::has_single_bit(area)) return shiftBoxes(boxes, area, size, to);
+        if constexpr (std::is_same_v<T, std::uint8_t>)
+            if (const BoxDivision division = divisionBy(area); division.factor)
+                return divideBoxes(boxes, area, division, size, to);
         for (std::ptrdiff_t i = 0; i < size; ++i)
             to[i] = static_cast<T>(
                 static_cast<std::int32_t>(static_cast<double>(static_cast<std::int32_t>(boxes[i])) * inverse + 0.5));
+    }
+}
+
+// Boxes of four bytes: the two of a row lie in one word.
+[[gnu::noinline]] void halveBytes(const std::uint8_t* src, std::ptrdiff_t rowStep, std::ptrdiff_t count,
+                                  std::uint8_t* __restrict to) {
+    const std::uint8_t* second = src + rowStep;
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+        std::uint16_t a = 0;
+        std::uint16_t b = 0;
+        std::memcpy(&a, src + 2 * k, sizeof a);
+        std::memcpy(&b, second + 2 * k, sizeof b);
+        const auto sum = static_cast<std::uint16_t>((a & 255) + (a >> 8) + (b & 255) + (b >> 8) + 2);
+        to[k] = static_cast<std::uint8_t>(sum >> 2);
     }
 }
 
@@ -144,6 +274,9 @@ void putBoxes(const Box* boxes, const BoxGrid& grid, std::ptrdiff_t size, T* __r
 template <class T>
 void makeBoxRow(const DecimateBlock& block, const BoxGrid& grid, std::ptrdiff_t columns, bool firstRow, const T* src,
                 T* dst) {
+    if constexpr (std::is_same_v<T, std::uint8_t>)
+        if (grid.together == 1 && grid.columns == 2 && grid.rows == 2)
+            return halveBytes(src, block.srcRowStep, columns, dst);
     using Column = typename BoxSums<T>::Column;
     using Box = typename BoxSums<T>::Box;
     Column sums[kBoxPiece + kBoxSlack];

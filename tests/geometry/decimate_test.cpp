@@ -87,6 +87,48 @@ Call drawLongMeans(Scene& scene, Random& random) {
     return callOf(&src.record, &dst.record, x, y, ZET_INTER_SUPER);
 }
 
+// Rows of more cells than are made side by side, of all layouts, by factors of few and of many samples; with an offset in a
+// region or a tile shares of cells are numbers of many digits.
+Call drawWideMeans(Scene& scene, Random& random) {
+    ImageShape shape{.depth = random.pick({ZET_DEPTH_8U, ZET_DEPTH_8U, ZET_DEPTH_16U, ZET_DEPTH_32F}),
+                     .nChannels = random.between(1, 4),
+                     .dataOrder = random.oneIn(4),
+                     .width = random.oneIn(3) ? random.between(900, 2300) : random.between(20, 300)};
+    shape.height = random.between(3, 10);
+    if (random.oneIn(4)) shape.roi = ZetROI{0, random.below(12), random.below(2), shape.width, shape.height};
+    if (random.oneIn(4)) tileSmall(shape, random);
+    if (shape.tileWidth) shape.tileWidth *= random.between(1, 10);
+    const std::int32_t coi = random.oneIn(4) ? random.between(1, shape.nChannels) : 0;
+    if (coi) shape.roi = ZetROI{coi, random.below(12), 0, shape.width, shape.height};
+    TestImage& src = scene.add("src", shape, random);
+    if (random.oneIn(2)) shape.tileWidth = shape.tileHeight = 0;
+    shape.roi = ZetROI{coi, random.oneIn(2) ? random.below(9) : 0, 0, shape.width, shape.height};
+    TestImage& dst = scene.add("dst", shape, random);
+    if (random.oneIn(4)) shape.depth == ZET_DEPTH_32F ? fillNegativeZeros(src) : whiten(src);
+    const auto draw = [&] {
+        return random.pick<Factor>({{1, 2},
+                                    {1, 2},
+                                    {1, 3},
+                                    {1, 3},
+                                    {1, 4},
+                                    {1, 5},
+                                    {2, 3},
+                                    {37, 100},
+                                    {3, 4},
+                                    {2, 5},
+                                    {2, 9},
+                                    {10, 31},
+                                    {5, 23},
+                                    {99, 100},
+                                    {1, 1}});
+    };
+    const Factor x = draw(), y = random.oneIn(2) ? x : draw();
+    return callOf(&src.record, &dst.record, x, y, ZET_INTER_SUPER);
+}
+
+TEST(Decimate, WideMeansAgreeWithTheModel) {
+    compareWithModel(&drawWideMeans, {.compare = {.nanEqual = true}, .share = 10});
+}
 TEST(Decimate, LongMeansAgreeWithTheModel) { compareWithModel(&drawLongMeans, {.compare = {}, .share = 20}); }
 TEST(Decimate, AgreesWithTheModel) { compareWithModel(&drawDecimate, {.compare = {.nanEqual = true}}); }
 TEST(Decimate, FailsCleanlyAtEveryStep) { failEveryStep(&drawDecimate); }
