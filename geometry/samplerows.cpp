@@ -17,8 +17,8 @@ namespace {
 
 // One axis of the positions: first taps and what the weights come from.
 struct TapAxis {
-    std::int32_t first[kPositions];
-    double share[kPositions];
+    alignas(kVectorAlign) std::int32_t first[kPositions];
+    alignas(kVectorAlign) double share[kPositions];
 };
 
 template <class T>
@@ -61,7 +61,7 @@ void makeSingle(const double* __restrict from, std::ptrdiff_t count, float* __re
 
 // Lagrange's weights at each position.
 struct CubicWeights {
-    double w[4][kPositions];
+    alignas(kVectorAlign) double w[4][kPositions];
 };
 
 // A sixth is half of a third, exactly.
@@ -88,7 +88,7 @@ struct TapBlock {
     using Two = std::conditional_t<Form == TapForm::RowWords, std::uint16_t, std::uint32_t>;
     using Word = std::conditional_t<Form == TapForm::Samples, T, std::conditional_t<Taps == 2, Two, std::uint32_t>>;
     static constexpr std::int32_t kColumns = Form == TapForm::RowWords ? 1 : Taps;
-    Word words[std::size_t{Taps}][std::size_t{kColumns}][kPositions];
+    alignas(kVectorAlign) Word words[std::size_t{Taps}][std::size_t{kColumns}][kPositions];
 
     template <class A>
     A at(std::int32_t row, std::int32_t column, std::int32_t channel, std::ptrdiff_t i) const {
@@ -160,7 +160,7 @@ template <std::int32_t Taps, TapForm Form, class T>
     // A word of a pixel's channels may be longer than the pixel.
     const std::int32_t lastX = grid.lastColumn - (Taps - 1) - (Form == TapForm::PixelWords ? 1 : 0);
     const std::int32_t lastY = grid.lastRow - (Taps - 1);
-    std::ptrdiff_t offsets[kPositions];
+    alignas(kVectorAlign) std::ptrdiff_t offsets[kPositions];
     const bool inside = findTaps(grid, xs, ys, count, lastX, lastY, offsets);
     const std::uint8_t* const origin = grid.origin + channel * grid.channelStep;
     const std::ptrdiff_t rowStep = grid.rowStep;
@@ -268,7 +268,7 @@ void blendCubics(const TapBlock<4, Form, T>& block, const CubicWeights& xs, cons
 }
 
 struct SingleWeights {
-    SingleShares w[4];
+    alignas(kVectorAlign) SingleShares w[4];
 };
 
 void makeSingle(const CubicWeights& from, std::ptrdiff_t count, SingleWeights* to) {
@@ -300,7 +300,8 @@ bool blendCubicsSingle(const TapBlock<4, Form, std::uint8_t>& block, const Singl
 struct Lines {
     static constexpr std::int32_t kTaps = 2;
     TapAxis x, y;
-    SingleShares xSingle, ySingle;
+    alignas(kVectorAlign) SingleShares xSingle;
+    alignas(kVectorAlign) SingleShares ySingle;
 
     template <class T>
     void place(const SampleSource& source, const PositionList& list) {
@@ -345,7 +346,7 @@ struct Cubics {
 template <TapForm Form, class Rule, class T>
 void makePixels(const SampleSource& source, const Rule& rule, const PositionList& list, const SampleRow& to) {
     TapBlock<Rule::kTaps, Form, T> block;
-    T made[kPositions];
+    alignas(kVectorAlign) T made[kPositions];
     for (std::int32_t channel = 0; channel < source.nProc; ++channel) {
         if (channel == 0 || Form != TapForm::PixelWords) takeTaps(source, rule.x, rule.y, list.count, channel, &block);
         rule.blend(block, list.count, channel, made);
@@ -414,7 +415,7 @@ void copyThrees(const std::uint8_t* origin, const std::ptrdiff_t* offsets, const
 template <class T>
 void nearestPositions(const SampleSource& source, const PositionList& list, const SampleRow& to) {
     const SampleGrid& grid = source.grid;
-    std::ptrdiff_t offsets[kPositions];
+    alignas(kVectorAlign) std::ptrdiff_t offsets[kPositions];
     const bool isInside = findNearest(grid, list, offsets);
     const bool together = grid.channelStep == sizeof(T) && to.channelStep == sizeof(T);
     if (together && source.nProc == 3 && to.pixelStep == 3 * sizeof(T) && isInside && isDense(list))

@@ -11,12 +11,15 @@ namespace zetpxl {
 // Positions that are sampled at a time.
 inline constexpr std::ptrdiff_t kPositions = 64;
 
+// Where what vectors of 64 bytes read and write begins: across two lines they are slow, and slow to read back.
+inline constexpr std::size_t kVectorAlign = 64;
+
 // Source positions whose indices 32 bits hold, and the destination column of each.
 struct PositionList {
+    alignas(kVectorAlign) double x[kPositions];
+    alignas(kVectorAlign) double y[kPositions];
+    alignas(kVectorAlign) std::int32_t column[kPositions];
     std::ptrdiff_t count;
-    double x[kPositions];
-    double y[kPositions];
-    std::int32_t column[kPositions];
 };
 
 // A row of the destination.
