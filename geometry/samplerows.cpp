@@ -6,6 +6,7 @@
 //                edge
 #include "geometry/samplerows.h"
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -354,6 +355,27 @@ void makePixels(const SampleSource& source, const Rule& rule, const PositionList
     }
 }
 
+// Three channels side by side, put together as words of four bytes: what a word writes too much its neighbour mends.
+void putThrees(const std::uint8_t (&made)[3][kPositions], std::ptrdiff_t count, std::uint8_t* pixels) {
+    alignas(kVectorAlign) std::uint8_t words[kPositions][4];
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        const std::uint32_t word = made[0][i] | std::uint32_t{made[1][i]} << 8 | std::uint32_t{made[2][i]} << 16;
+        const std::uint32_t ordered = std::endian::native == std::endian::little ? word : __builtin_bswap32(word);
+        std::memcpy(words[i], &ordered, sizeof ordered);
+    }
+    for (std::ptrdiff_t i = 0; i < count - 1; ++i) std::memcpy(pixels + 3 * i, words[i], 4);
+    std::memcpy(pixels + 3 * (count - 1), words[count - 1], 3);
+}
+
+template <class Rule>
+void makeThrees(const SampleSource& source, const Rule& rule, const PositionList& list, const SampleRow& to) {
+    TapBlock<Rule::kTaps, TapForm::PixelWords, std::uint8_t> block;
+    alignas(kVectorAlign) std::uint8_t made[3][kPositions];
+    takeTaps(source, rule.x, rule.y, list.count, 0, &block);
+    for (std::int32_t channel = 0; channel < 3; ++channel) rule.blend(block, list.count, channel, made[channel]);
+    putThrees(made, list.count, to.row + std::ptrdiff_t{3} * list.column[0]);
+}
+
 template <class Rule, class T>
 void samplePositions(const SampleSource& source, const PositionList& list, const SampleRow& to) {
     Rule rule;
@@ -361,7 +383,10 @@ void samplePositions(const SampleSource& source, const PositionList& list, const
     if constexpr (std::is_same_v<T, std::uint8_t>) {
         const SampleGrid& grid = source.grid;
         if (grid.pixelStep == 1) return makePixels<TapForm::RowWords, Rule, T>(source, rule, list, to);
-        if (grid.channelStep == 1 && grid.pixelStep >= 3 && source.nProc > 1 && source.nProc <= 4)
+        const bool together = grid.channelStep == 1 && grid.pixelStep >= 3;
+        const bool isDenseThree = source.nProc == 3 && to.channelStep == 1 && to.pixelStep == 3 && isDense(list);
+        if (together && isDenseThree) return makeThrees(source, rule, list, to);
+        if (together && source.nProc > 1 && source.nProc <= 4)
             return makePixels<TapForm::PixelWords, Rule, T>(source, rule, list, to);
     }
     makePixels<TapForm::Samples, Rule, T>(source, rule, list, to);

@@ -2,7 +2,7 @@
 //          so they are never formed afresh
 //   warp.2 the sums of one row wait for each other, so several rows go side by side
 //   warp.3 a slanted row crosses many rows of the source, so bands of rows are made piece by piece, whose sources stay in the
-//          cache
+//          cache; bands in blocks, whose pages the processor keeps the addresses of
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -25,7 +25,9 @@ struct Span {
 
 constexpr std::size_t kRows = 4;
 constexpr std::size_t kBand = 32;
-using Spans = std::array<Span, kBand>;
+constexpr std::size_t kBlockRows = 512;
+constexpr std::int64_t kBlockColumns = 128;
+using Spans = std::array<Span, kBlockRows>;
 using Lists = std::array<PositionList, kRows>;
 
 using Four [[gnu::vector_size(32)]] = double;
@@ -94,34 +96,50 @@ struct WarpRule {
     double bias;  // added before a position is cut to an index
 };
 
-// The next piece of kRows spans; false when they are done.
-bool warpPieces(const WarpRun& run, const WarpRule& rule, Span* spans) {
+// The next piece of kRows spans.
+void warpPieces(const WarpRun& run, const WarpRule& rule, Span* spans) {
     const SampleSource source{run.src, run.src.lastColumn, run.src.lastRow, run.nProc};
     Lists lists;
     nextPositions(run.inverse, spans, &lists);
-    bool any = false;
     for (std::size_t r = 0; r < kRows; ++r) {
         if (lists[r].count == 0) continue;
-        any = true;
         keepIndexed(rule.bias, &lists[r]);
         rule.make(source, lists[r],
                   {run.dst.origin + spans[r].y * run.dst.rowStep, run.dst.pixelStep, run.dst.channelStep});
     }
-    return any;
 }
 
-void warpBand(const WarpRun& run, const WarpRule& rule, Spans* spans) {
+bool goesOn(const Span& span, std::int64_t end) { return span.next <= span.last && span.next < end; }
+
+// Up to kBand spans, as far as columns before `end`.
+void warpBand(const WarpRun& run, const WarpRule& rule, std::size_t rows, std::int64_t end, Span* spans) {
     for (bool any = true; any;) {
         any = false;
-        for (std::size_t r = 0; r < kBand; r += kRows) any |= warpPieces(run, rule, spans->data() + r);
+        for (std::size_t r = 0; r < rows; r += kRows) {
+            if (std::none_of(spans + r, spans + r + kRows, [end](const Span& s) { return goesOn(s, end); })) continue;
+            warpPieces(run, rule, spans + r);
+            any = true;
+        }
     }
+}
+
+void warpBlocks(const WarpRun& run, const WarpRule& rule, std::size_t rows, Span* spans) {
+    std::int64_t first = INT32_MAX;
+    std::int64_t last = INT32_MIN;
+    for (std::size_t r = 0; r < rows; ++r) {
+        if (spans[r].next > spans[r].last) continue;
+        first = std::min<std::int64_t>(first, spans[r].next);
+        last = std::max<std::int64_t>(last, spans[r].last);
+    }
+    for (std::int64_t end = first + kBlockColumns; end - kBlockColumns <= last; end += kBlockColumns)
+        for (std::size_t r = 0; r < rows; r += kBand) warpBand(run, rule, std::min(kBand, rows - r), end, spans + r);
 }
 
 constexpr Span kNoSpan{0, 0, -1, 0, 0};
 
-// Calls make(spans) for bands of rows; the last is filled up with empty spans.
+// Calls make(count, spans) for blocks of rows; the last is filled up to kRows with empty spans.
 template <class Make>
-void forBands(const WarpRun& run, Make make) {
+void forBlocks(const WarpRun& run, Make make) {
     const double* d = run.inverse.c;
     double baseX = d[1] * run.spans->yFirst + d[2];
     double baseY = d[4] * run.spans->yFirst + d[5];
@@ -131,9 +149,9 @@ void forBands(const WarpRun& run, Make make) {
         const auto i = static_cast<std::size_t>(y - run.spans->yFirst);
         const std::int32_t left = run.spans->left[i];
         spans[count++] = {y, left, run.spans->right[i], d[0] * left + baseX, d[3] * left + baseY};
-        if (count < kBand && y < run.spans->yLast) continue;
-        std::fill(spans.data() + count, spans.data() + kBand, kNoSpan);
-        make(&spans);
+        if (count < kBlockRows && y < run.spans->yLast) continue;
+        while (count % kRows != 0) spans[count++] = kNoSpan;
+        make(count, spans.data());
         count = 0;
     }
 }
@@ -141,14 +159,15 @@ void forBands(const WarpRun& run, Make make) {
 template <SampleRoutine Make, bool Nearest>
 void warpSpans(const WarpRun& run) {
     const WarpRule rule{Make, Nearest ? 0.5 : kWholeTolerance};
-    forBands(run, [&](Spans* spans) { warpBand(run, rule, spans); });
+    forBlocks(run, [&](std::size_t rows, Span* spans) { warpBlocks(run, rule, rows, spans); });
 }
 
 void warpBits(const WarpRun& run) {
     const double dx = run.inverse.c[0];
     const double dy = run.inverse.c[3];
-    forBands(run, [&](Spans* spans) {
-        for (Span& span : *spans) {
+    forBlocks(run, [&](std::size_t rows, Span* spans) {
+        for (std::size_t r = 0; r < rows; ++r) {
+            Span& span = spans[r];
             std::uint8_t* row = run.dst.origin + span.y * run.dst.rowStep;
             for (; span.next <= span.last; ++span.next, span.sx += dx, span.sy += dy) {
                 std::int32_t column = 0;
