@@ -17,8 +17,8 @@ namespace zetpxl {
 // Samples that are made of a row at a time, and rows at a time: what they need stays in the first cache, and their pages
 // within the processor's reach.
 inline constexpr std::ptrdiff_t kTapPiece = 768;
-inline constexpr std::ptrdiff_t kTapBand = 64;
-inline constexpr std::ptrdiff_t kTapsAhead = 4;  // rows that are asked for ahead
+inline constexpr std::ptrdiff_t kTapBand = 256;
+inline constexpr std::ptrdiff_t kTapsAhead = 8;  // rows that are asked for ahead
 inline constexpr std::ptrdiff_t kTapSlack = 16;  // samples that a word may write behind the last
 
 // Pixels of a piece: where there is room, so many that their samples fill the longest vectors.

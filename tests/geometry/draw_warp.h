@@ -29,6 +29,11 @@ inline Filtered drawWarpImages(Scene& scene, Random& random, bool mayTile = true
         first.width = random.between(60, 260);
         first.height = random.between(4, 90);
     }
+    const bool isHigh = random.oneIn(60);  // more rows than are made at a time
+    if (isHigh) {
+        first.width = random.between(4, 40);
+        first.height = random.between(500, 1100);
+    }
     TestImage& src = addOperand(scene, "src", first, random, draw);
     ImageShape shape = drawPartner(first, random, draw);
     if (!random.oneIn(12)) {
@@ -38,6 +43,10 @@ inline Filtered drawWarpImages(Scene& scene, Random& random, bool mayTile = true
     if (random.oneIn(15)) {  // more than one of the cells that an untiled destination is cut into
         shape.width = random.between(120, 290);
         shape.height = random.between(1, 12);
+    }
+    if (isHigh) {
+        shape.width = random.between(4, 40);
+        shape.height = random.between(500, 1100);
     }
     shape.roi = drawRegion(shape, random);
     TestImage& dst = scene.add("dst", shape, random, drawValues(random));

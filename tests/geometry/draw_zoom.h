@@ -78,7 +78,7 @@ inline void drawWide(ImageShape& src, ImageShape& dst, const ZoomImages& ratios,
     const bool wide = random.oneIn(2);
     src.tileWidth = src.tileHeight = dst.tileWidth = dst.tileHeight = 0;
     dst.width = wide ? random.between(400, 1300) : random.between(1, 16);
-    dst.height = wide ? random.between(1, 9) : random.between(60, 150);
+    dst.height = wide ? random.between(1, 9) : random.between(200, 560);
     const auto source = [](std::int32_t size, const Ratio& ratio) {
         if (ratio.src < 1 || ratio.dst < 1) return 8;
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(std::int64_t{size} * ratio.src / ratio.dst, 1, 1500));
