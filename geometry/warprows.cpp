@@ -96,10 +96,24 @@ struct WarpRule {
     double bias;  // added before a position is cut to an index
 };
 
+constexpr std::int32_t kRowsAhead = 12;
+
+// Tells the cache of the destination's pieces some rows below: the processor does not foresee so many rows, and stores to
+// lines that are not there yet hold up all that comes after them.
+void prefetchBelow(const WarpRun& run, const Span& span) {
+    constexpr std::ptrdiff_t kLine = 64;
+    if (span.next > span.last || span.y > run.spans->yLast - kRowsAhead) return;
+    const std::uint8_t* row = run.dst.origin + (std::ptrdiff_t{span.y} + kRowsAhead) * run.dst.rowStep;
+    const std::ptrdiff_t last = std::min<std::ptrdiff_t>(std::ptrdiff_t{span.next} + kPositions - 1, span.last);
+    for (std::ptrdiff_t at = span.next * run.dst.pixelStep; at <= last * run.dst.pixelStep; at += kLine)
+        __builtin_prefetch(row + at, 1);
+}
+
 // The next piece of kRows spans.
 void warpPieces(const WarpRun& run, const WarpRule& rule, Span* spans) {
     const SampleSource source{run.src, run.src.lastColumn, run.src.lastRow, run.nProc};
     Lists lists;
+    for (std::size_t r = 0; r < kRows; ++r) prefetchBelow(run, spans[r]);
     nextPositions(run.inverse, spans, &lists);
     for (std::size_t r = 0; r < kRows; ++r) {
         if (lists[r].count == 0) continue;
