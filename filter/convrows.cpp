@@ -74,12 +74,12 @@ void storeTile(const TileSums& sums, float* row) {
 
 bool isWithin(const TileSums& sums, float limit) {
     const FloatVector most = FloatVector{} + limit;
-    using Flags [[gnu::vector_size(32)]] = std::int32_t;
+    using Flags [[gnu::vector_size(sizeof(FloatVector))]] = std::int32_t;
     Flags beyond{};
     for (const FloatVector& v : sums.v) beyond |= (v > most) | (v < -most);
-    std::int64_t words[4];
-    std::memcpy(words, &beyond, sizeof words);
-    return (words[0] | words[1] | words[2] | words[3]) == 0;
+    std::int32_t any = 0;
+    for (std::ptrdiff_t i = 0; i < kFloatLanes; ++i) any |= beyond[i];
+    return any == 0;
 }
 
 // Group after group; false when a sum leaves the bounds within which the next group is exact.
