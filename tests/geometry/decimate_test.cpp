@@ -271,6 +271,35 @@ TEST(DecimateExample, CubicsStayWithinTheDepth) {
     EXPECT_EQ((Bytes(made.begin(), made.begin() + 5)), (Bytes{0, 255, 0, 0, 255}));
 }
 
+// Twice a row with one box for each sum that samples of `columns` by `rows` can have.
+Bytes boxesOfAllSums(std::int32_t columns, std::int32_t rows, std::int32_t width) {
+    Bytes samples(static_cast<std::size_t>(2 * width) * static_cast<std::size_t>(rows));
+    const std::int32_t area = columns * rows;
+    for (std::int32_t sum = 0; sum <= 255 * area; ++sum)
+        for (std::int32_t i = 0; i < 2 * area; ++i)
+            samples[static_cast<std::size_t>(i / columns * width + sum * columns + i % columns)] =
+                static_cast<std::uint8_t>(sum / area + (i % area < sum % area));
+    return samples;
+}
+
+TEST(DecimateExample, MeansOfEverySum) {
+    constexpr std::int32_t kBoxes[][2] = {{2, 2}, {2, 3}, {3, 3}, {3, 5}, {5, 5}, {7, 9}, {9, 5}, {13, 15}, {17, 15}};
+    for (const auto& [columns, rows] : kBoxes) {
+        const std::int32_t sums = 255 * columns * rows + 1;
+        const std::int32_t width = (sums * columns + 3) / 4 * 4;
+        const std::int32_t dstWidth = (sums + 3) / 4 * 4;
+        const Bytes means = shrunk(boxesOfAllSums(columns, rows, width), width, {1, columns}, {1, rows},
+                                   ZET_INTER_SUPER, Bytes(2 * static_cast<std::size_t>(dstWidth)), dstWidth);
+        std::int32_t wrong = 0;
+        for (std::int32_t sum = 0; sum < sums; ++sum) {
+            const auto mean = static_cast<std::uint8_t>(sum * (1.0 / (columns * rows)) + 0.5);
+            wrong += means[static_cast<std::size_t>(sum)] != mean;
+            wrong += means[static_cast<std::size_t>(dstWidth + sum)] != mean;
+        }
+        EXPECT_EQ(wrong, 0) << columns << " by " << rows;
+    }
+}
+
 TEST(DecimateExample, EqualNumbersCopy) {
     for (const std::int32_t mode : {ZET_INTER_NN, ZET_INTER_LINEAR, ZET_INTER_CUBIC, ZET_INTER_SUPER})
         EXPECT_EQ(shrunk(kRows, 8, {5, 5}, {kLargest, kLargest}, mode, Bytes(32), 8), kRows) << mode;
