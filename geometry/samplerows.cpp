@@ -219,7 +219,7 @@ void blendLines(const TapBlock<2, Form, T>& block, const TapAxis& xs, const TapA
 
 // The byte of a value that is off by less than the margin, from which half a margin goes to rounding; sets a bit of `differs`
 // where it could be another.
-std::uint8_t certainByte(float value, float margin, std::int32_t* differs) {
+[[maybe_unused]] std::uint8_t certainByte(float value, float margin, std::int32_t* differs) {
     const std::int32_t least = std::clamp(static_cast<std::int32_t>(value + (0.5f - margin)), 0, 255);
     const std::int32_t most = std::clamp(static_cast<std::int32_t>(value + (0.5f + margin)), 0, 255);
     *differs |= least ^ most;
