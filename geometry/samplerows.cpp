@@ -27,6 +27,14 @@ inline constexpr bool kMayBeSingle = kHasFused && std::is_same_v<T, std::uint8_t
 
 using SingleShares = float[kPositions];
 
+// The bounds of single precision hold for shares between the samples' own places. Beyond them lines, which have no limits of
+// their own, wrap around as well.
+bool areBetween(const double* shares, std::ptrdiff_t count, double least, double most) {
+    std::int64_t outside = 0;
+    for (std::ptrdiff_t i = 0; i < count; ++i) outside |= (shares[i] < least - kWholeTolerance) | (shares[i] > most);
+    return outside == 0;
+}
+
 void makeSingle(const double* __restrict from, std::ptrdiff_t count, float* __restrict to) {
     for (std::ptrdiff_t i = 0; i < count; ++i) to[i] = static_cast<float>(from[i]);
 }
@@ -303,19 +311,21 @@ struct Lines {
     TapAxis x, y;
     alignas(kVectorAlign) SingleShares xSingle;
     alignas(kVectorAlign) SingleShares ySingle;
+    bool single;
 
     template <class T>
     void place(const SampleSource& source, const PositionList& list) {
         placeLines(list.x, list.count, source.lastColumn, &x);
         placeLines(list.y, list.count, source.lastRow, &y);
         if (!kMayBeSingle<T>) return;
+        single = areBetween(x.share, list.count, 0, 1) && areBetween(y.share, list.count, 0, 1);
         makeSingle(x.share, list.count, xSingle);
         makeSingle(y.share, list.count, ySingle);
     }
     template <TapForm Form, class T>
     void blend(const TapBlock<2, Form, T>& block, std::ptrdiff_t count, std::int32_t channel, T* made) const {
         if constexpr (kMayBeSingle<T>)
-            if (blendLinesSingle(block, xSingle, ySingle, count, channel, made)) return;
+            if (single && blendLinesSingle(block, xSingle, ySingle, count, channel, made)) return;
         blendLines(block, x, y, count, channel, made);
     }
 };
@@ -325,6 +335,7 @@ struct Cubics {
     TapAxis x, y;
     CubicWeights xWeights, yWeights;
     SingleWeights xSingle, ySingle;
+    bool single;
 
     template <class T>
     void place(const SampleSource& source, const PositionList& list) {
@@ -333,13 +344,14 @@ struct Cubics {
         weighCubics(x, list.count, &xWeights);
         weighCubics(y, list.count, &yWeights);
         if (!kMayBeSingle<T>) return;
+        single = areBetween(x.share, list.count, -1, 2) && areBetween(y.share, list.count, -1, 2);
         makeSingle(xWeights, list.count, &xSingle);
         makeSingle(yWeights, list.count, &ySingle);
     }
     template <TapForm Form, class T>
     void blend(const TapBlock<4, Form, T>& block, std::ptrdiff_t count, std::int32_t channel, T* made) const {
         if constexpr (kMayBeSingle<T>)
-            if (blendCubicsSingle(block, xSingle, ySingle, count, channel, made)) return;
+            if (single && blendCubicsSingle(block, xSingle, ySingle, count, channel, made)) return;
         blendCubics(block, xWeights, yWeights, count, channel, made);
     }
 };
