@@ -132,7 +132,7 @@ inline void gatherSamples(const CellPiece& piece, const SumRow& row, CellSamples
     }
 }
 
-#if defined(__AVX2__) && !defined(__clang__)
+#if defined(__AVX2__) && __has_builtin(__builtin_shuffle)
 
 using CellFloats [[gnu::vector_size(4 * kCellLanes)]] = float;
 using CellIndex [[gnu::vector_size(4 * kCellLanes)]] = std::int32_t;

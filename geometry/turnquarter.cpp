@@ -169,29 +169,17 @@ void turnBlocks(const QuarterRun& run) {
         }
 }
 
+// By the bytes of a pixel.
+constexpr std::array<QuarterRoutine, 17> quarterRoutines = {
+    nullptr,        turnBlocks<1>, turnBlocks<2>, turnBlocks<3>, turnBlocks<4>, nullptr,
+    turnBlocks<6>,  nullptr,       turnBlocks<8>, nullptr,       nullptr,       nullptr,
+    turnBlocks<12>, nullptr,       nullptr,       nullptr,       turnBlocks<16>};
+
 }  // namespace
 
 QuarterRoutine quarterRoutine(std::ptrdiff_t pixelBytes) {
-    switch (pixelBytes) {
-        case 1:
-            return turnBlocks<1>;
-        case 2:
-            return turnBlocks<2>;
-        case 3:
-            return turnBlocks<3>;
-        case 4:
-            return turnBlocks<4>;
-        case 6:
-            return turnBlocks<6>;
-        case 8:
-            return turnBlocks<8>;
-        case 12:
-            return turnBlocks<12>;
-        case 16:
-            return turnBlocks<16>;
-        default:
-            return nullptr;
-    }
+    const auto index = static_cast<std::size_t>(pixelBytes);
+    return index < quarterRoutines.size() ? quarterRoutines[index] : nullptr;
 }
 
 }  // namespace zetpxl
